@@ -7,6 +7,8 @@
 
 namespace korutl_tool {
 
+namespace {
+
 void add_digits_command(CLI::App &app) {
   auto *cmd = app.add_subcommand(
       "digits", "Print each character's hexadecimal value, Hex2Int code and base-95 key digit");
@@ -20,5 +22,9 @@ void add_digits_command(CLI::App &app) {
     }
   });
 }
+
+}  // namespace
+
+KORUTL_TOOL_COMMAND("digits", add_digits_command);
 
 }  // namespace korutl_tool

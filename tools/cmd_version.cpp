@@ -6,6 +6,8 @@
 
 namespace korutl_tool {
 
+namespace {
+
 void add_version_command(CLI::App &app) {
   auto *cmd = app.add_subcommand("version", "Print the library's name, full version, release and file name");
   cmd->callback([] {
@@ -15,5 +17,9 @@ void add_version_command(CLI::App &app) {
                 KORVOUtlGetLibFileName());
   });
 }
+
+}  // namespace
+
+KORUTL_TOOL_COMMAND("version", add_version_command);
 
 }  // namespace korutl_tool
