@@ -17,5 +17,9 @@ write_basic_package_version_file(${PROJECT_BINARY_DIR}/korutlConfigVersion.cmake
 install(FILES ${PROJECT_BINARY_DIR}/korutlConfig.cmake
   ${PROJECT_BINARY_DIR}/korutlConfigVersion.cmake DESTINATION ${KORUTL_CMAKE_DIR})
 
+# The .pc file finds its prefix from its own place, so an install with
+# --prefix (or a moved tree) stays right.
+file(RELATIVE_PATH KORUTL_PC_TO_PREFIX "/${CMAKE_INSTALL_LIBDIR}/pkgconfig" "/")
+string(REGEX REPLACE "/$" "" KORUTL_PC_TO_PREFIX "${KORUTL_PC_TO_PREFIX}")
 configure_file(cmake/korutl.pc.in ${PROJECT_BINARY_DIR}/korutl.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/korutl.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
