@@ -58,7 +58,7 @@ static_assert(sizeof(StampBlock) == 44 + 7 * 40 + (40 + 40 + 20 + 40 + 70 + 40 +
 #endif
 
 // Aligned so that the stamp value is a naturally aligned 32-bit word.
-[[gnu::used]] KORUTL_RETAIN alignas(4) const StampBlock version_stamp = {
+const StampBlock version_stamp __attribute__((used, aligned(4))) KORUTL_RETAIN = {
     KORUTL_STAMP_HEADER,
     0xDD22AACCu,
     {KORUTL_STAMP_MARKER, KORUTL_MAKER_NAME},
