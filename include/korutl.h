@@ -122,11 +122,124 @@ KORUTL_API uint8_t KORVOGetValueOfHexDigit(char c);
 
 /* ------------------------------------------------------------------------
  * Synchronised stack
+ *
+ * A singly linked list of pointer-sized values, used as a stack (push and
+ * pop at the top, position 0) and as a small indexed list. Every operation
+ * runs under the stack's spin lock from libkorshm, so one stack may be used
+ * from several threads; KORVOStackInit and KORVOStackFinite take no lock and
+ * must not overlap other calls on the same stack. The stack never
+ * interprets, copies or frees the stored values. No element count is kept:
+ * Length and every positional operation walk the list.
+ *
+ * Results of the changing operations: 0 success; -1 no memory for an
+ * element (and, for InsertNth, "stored at the end instead"); -2 the lock
+ * could not be created, released or taken, or the handle is null. The
+ * reading operations return 0 when there is nothing to return, when the
+ * lock cannot be taken or the handle is null; a stored 0 cannot be told
+ * apart from these.
  * ------------------------------------------------------------------------ */
+
+typedef struct KORVOStackNode {
+  struct KORVOStackNode *next; /* following element, null for the last */
+  intptr_t data;               /* the caller's value, unchanged */
+} KORVOStackNode;
+
+typedef struct KORVOStack {
+  KORVOStackNode *top; /* position 0, null when empty */
+  uint32_t lock;       /* the stack's libkorshm spin lock handle */
+} KORVOStack;
+
+/* Creates a stack into the caller's handle variable `*handle`, which must
+ * be null: a non-null variable counts as an existing stack and the call
+ * returns 0 doing nothing. -1: no memory. -2: the lock cannot be created;
+ * then the head is released again and `*handle` stays null, so the call
+ * may simply be repeated. A null `handle` gives -2. */
+KORUTL_API int32_t KORVOStackInit(KORVOStack **handle);
+
+/* Destroys the stack's lock and releases the head: 0, or -2 when the lock
+ * cannot be destroyed (for instance another thread holds it), leaving the
+ * stack intact. Elements still on the stack are NOT released and `*handle`
+ * is NOT reset: empty the stack first, set the variable to null after. */
+KORUTL_API int32_t KORVOStackFinite(KORVOStack **handle);
+
+/* Puts `value` on top (position 0). */
+KORUTL_API int32_t KORVOStackPush(KORVOStack *stack, intptr_t value);
+
+/* Puts `value` at the end (highest position); on an empty stack it becomes
+ * the top. */
+KORUTL_API int32_t KORVOStackAppend(KORVOStack *stack, intptr_t value);
+
+/* Removes the top element and returns its value; 0 when empty. */
+KORUTL_API intptr_t KORVOStackPop(KORVOStack *stack);
+
+/* Number of elements. */
+KORUTL_API int32_t KORVOStackLength(KORVOStack *stack);
+
+/* Value at `position` (0 = top); 0 for a negative position or one not
+ * below the length. */
+KORUTL_API intptr_t KORVOStackGetNth(KORVOStack *stack, int32_t position);
+
+/* Inserts `value` so that it takes `position`. A position of 0 or below
+ * pushes (result as Push). A position up to the length inserts there (equal
+ * to the length: at the end), 0. A position beyond the length stores the
+ * value at the end and returns -1. */
+KORUTL_API int32_t KORVOStackInsertNth(KORVOStack *stack, int32_t position, intptr_t value);
+
+/* Removes the element at `position` and returns its value; a position from
+ * the length upward removes nothing and returns 0. A negative position
+ * removes nothing and returns 0 (a position is never taken for another). */
+KORUTL_API intptr_t KORVOStackDeleteNth(KORVOStack *stack, int32_t position);
 
 /* ------------------------------------------------------------------------
  * Hash table
+ *
+ * A string-keyed table of caller-defined records with open addressing. The
+ * table allocates each record zero-filled (calloc) at the first lookup of
+ * its key and frees them all in KORVOHashTblDestroy. A record's first field
+ * is the key pointer the caller passed (the text is not copied: the caller
+ * keeps it alive and unchanged while the table exists); the rest is the
+ * caller's. Hash: h = h * 33 + byte (unsigned, modulo 2^32) over the key;
+ * home slot h & (size - 1); probing goes downward, wrapping to size - 1.
+ * Slots: 0 until the first record, then 64, doubling when a new record
+ * would pass `limit` (half of `size`). No lock: callers serialise all calls
+ * on one table, iteration included. An iterator is invalid after any call
+ * that creates a record (growth replaces the slot array).
  * ------------------------------------------------------------------------ */
+
+typedef struct KORVOHashTbl {
+  void **slots;   /* slot array of record pointers, null until first record */
+  uint32_t size;  /* number of slots: 0, 64, 128, ... */
+  uint32_t count; /* records in the table */
+  uint32_t limit; /* count at which the next new record grows the table */
+} KORVOHashTbl;
+
+typedef struct KORVOHashTblIter {
+  void **cur; /* next slot to examine */
+  void **end; /* one past the last slot */
+} KORVOHashTblIter;
+
+/* Sets all four fields of the caller's header to 0 (an empty table). */
+KORUTL_API void KORVOHashTblInit(KORVOHashTbl *table);
+
+/* Returns the record of `key`. When the key is absent: with `create_size`
+ * 0 returns null; otherwise creates a zero-filled record of `create_size`
+ * bytes holding `key` in its first field and returns it. `create_size`
+ * must be at least sizeof(void *); a smaller non-zero size returns null and
+ * creates nothing. Null also when memory runs out (the table stays as it
+ * was), when `table` or `key` is null, or when the table cannot grow past
+ * 2^31 slots. */
+KORUTL_API void *KORVOHashTblLookup(KORVOHashTbl *table, const char *key, uint32_t create_size);
+
+/* Frees every record (in slot order) and the slot array; key texts are not
+ * freed. Call KORVOHashTblInit before using the header again. */
+KORUTL_API void KORVOHashTblDestroy(KORVOHashTbl *table);
+
+/* Positions `iter` before the first slot of `table`. */
+KORUTL_API void KORVOHashTblIterInit(KORVOHashTblIter *iter, KORVOHashTbl *table);
+
+/* The next record in slot order (not insertion order), or null after the
+ * last. */
+KORUTL_API void *KORVOHashTblIterNext(KORVOHashTblIter *iter);
 
 /* ------------------------------------------------------------------------
  * Word splitting and special-character escaping

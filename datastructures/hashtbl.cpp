@@ -1,0 +1,107 @@
+// The string-keyed hash table: open addressing, downward linear probing,
+// load kept at or below one half. The slot count is a power of two so the
+// home slot is a mask of the hash.
+#include <cstdlib>
+#include <cstring>
+
+#include "korutl.h"
+
+namespace {
+
+constexpr uint32_t kFirstSize = 64;
+constexpr uint32_t kLargestSize = 1u << 31;  // doubling past this wraps
+
+uint32_t hash_of(const char *key) {
+  uint32_t h = 0;
+  for (const auto *p = reinterpret_cast<const unsigned char *>(key); *p != 0; ++p) h = h * 33 + *p;
+  return h;
+}
+
+const char *key_of(const void *record) { return *static_cast<const char *const *>(record); }
+
+// First empty slot of the probe sequence of hash `h` in `slots`.
+void **free_slot(void **slots, uint32_t size, uint32_t h) {
+  uint32_t i = h & (size - 1);
+  while (slots[i] != nullptr) i = (i - 1) & (size - 1);
+  return &slots[i];
+}
+
+bool grow(KORVOHashTbl *table) {
+  if (table->size >= kLargestSize) return false;
+  const uint32_t size = table->size * 2;
+  auto **slots = static_cast<void **>(std::calloc(size, sizeof(void *)));
+  if (slots == nullptr) return false;
+  for (uint32_t i = 0; i < table->size; ++i) {
+    if (void *record = table->slots[i]) *free_slot(slots, size, hash_of(key_of(record))) = record;
+  }
+  std::free(table->slots);
+  table->slots = slots;
+  table->size = size;
+  table->limit = size / 2;
+  return true;
+}
+
+}  // namespace
+
+extern "C" {
+
+KORUTL_API void KORVOHashTblInit(KORVOHashTbl *table) {
+  if (table != nullptr) *table = KORVOHashTbl{nullptr, 0, 0, 0};
+}
+
+KORUTL_API void *KORVOHashTblLookup(KORVOHashTbl *table, const char *key, uint32_t create_size) {
+  if (table == nullptr || key == nullptr) return nullptr;
+  const uint32_t h = hash_of(key);
+  void **insert_at;
+  if (table->size == 0) {
+    if (create_size == 0) return nullptr;
+    if (create_size < sizeof(char *)) return nullptr;
+    auto **slots = static_cast<void **>(std::calloc(kFirstSize, sizeof(void *)));
+    if (slots == nullptr) return nullptr;
+    table->slots = slots;
+    table->size = kFirstSize;
+    table->limit = kFirstSize / 2;
+    insert_at = &slots[h & (kFirstSize - 1)];
+  } else {
+    const uint32_t mask = table->size - 1;
+    uint32_t i = h & mask;
+    for (; table->slots[i] != nullptr; i = (i - 1) & mask) {
+      if (std::strcmp(key_of(table->slots[i]), key) == 0) return table->slots[i];
+    }
+    if (create_size == 0) return nullptr;
+    if (create_size < sizeof(char *)) return nullptr;
+    insert_at = &table->slots[i];
+    if (table->count == table->limit) {
+      if (!grow(table)) return nullptr;
+      insert_at = free_slot(table->slots, table->size, h);
+    }
+  }
+  void *record = std::calloc(1, create_size);
+  if (record == nullptr) return nullptr;
+  *static_cast<const char **>(record) = key;
+  *insert_at = record;
+  ++table->count;
+  return record;
+}
+
+KORUTL_API void KORVOHashTblDestroy(KORVOHashTbl *table) {
+  if (table == nullptr || table->slots == nullptr) return;
+  for (uint32_t i = 0; i < table->size; ++i) std::free(table->slots[i]);
+  std::free(table->slots);
+}
+
+KORUTL_API void KORVOHashTblIterInit(KORVOHashTblIter *iter, KORVOHashTbl *table) {
+  if (iter == nullptr || table == nullptr) return;
+  iter->cur = table->slots;
+  iter->end = table->slots == nullptr ? nullptr : table->slots + table->size;
+}
+
+KORUTL_API void *KORVOHashTblIterNext(KORVOHashTblIter *iter) {
+  if (iter == nullptr) return nullptr;
+  while (iter->cur != iter->end) {
+    if (void *record = *iter->cur++) return record;
+  }
+  return nullptr;
+}
+
+}  // extern "C"

@@ -1,0 +1,8 @@
+// The library loads only beside sibling libraries of the interface
+// generation it was built for: it references each sibling's version symbol,
+// so the dynamic linker refuses a sibling that lacks it.
+#include "siblings/shm/shm.h"
+
+namespace {
+[[gnu::used]] const void *const sibling_versions[] = {&SHM_V22};
+}  // namespace
