@@ -2,7 +2,8 @@
 # gives find_package(korutl) the imported target korutl::korutl.
 include(CMakePackageConfigHelpers)
 
-install(TARGETS korutl korshm EXPORT korutlTargets
+get_property(KORUTL_SIBLINGS GLOBAL PROPERTY KORUTL_SIBLINGS)
+install(TARGETS korutl ${KORUTL_SIBLINGS} EXPORT korutlTargets
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
   ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
   RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR}

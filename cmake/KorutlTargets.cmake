@@ -7,3 +7,15 @@ function(korutl_target_defaults target)
     target_link_options(${target} PRIVATE -fsanitize=${KORUTL_SANITIZE})
   endif()
 endfunction()
+
+# A sibling library of the family: its own shared library, exporting only
+# what its version script lists, linked into korutl and installed with it.
+function(korutl_add_sibling name map)
+  add_library(${name} SHARED ${ARGN})
+  korutl_target_defaults(${name})
+  target_include_directories(${name} PUBLIC $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>)
+  target_link_options(${name} PRIVATE "LINKER:--version-script=${CMAKE_CURRENT_SOURCE_DIR}/${map}")
+  set_target_properties(${name} PROPERTIES LINK_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/${map})
+  target_link_libraries(korutl_core PUBLIC ${name})
+  set_property(GLOBAL APPEND PROPERTY KORUTL_SIBLINGS ${name})
+endfunction()
