@@ -106,7 +106,53 @@ KORUTL_API uint8_t KORVOGetValueOfHexDigit(char c);
 
 /* ------------------------------------------------------------------------
  * Internal products and code-page conversion
+ *
+ * Programs that convert texts between the local code set and the family's
+ * code set 65456 (UTF-8) keep two conversion handles of libkorcpx in a
+ * KORVOIntProdData record. The conversion library must have been started
+ * (KORVOInitRegistry, or KORVOInitInternalProducts which calls it) before
+ * a record is created; start-up and cleanup run once, on one thread, while
+ * no conversion runs. A handle holding -1 converts nothing.
  * ------------------------------------------------------------------------ */
+
+typedef struct KORVOIntProdData {
+  uint8_t readyFlag1;    /* 0 after creation, 1 after KORVOInitInternalProducts */
+  uint8_t readyFlag2;    /* likewise; the library never reads either flag */
+  int32_t *cpxFromLocal; /* handle local code set -> 65456, or -1; owned by the record */
+  int32_t *cpxToLocal;   /* handle 65456 -> local code set, or -1; owned by the record */
+  char workArea[256];    /* zero-filled, for the record's users */
+} KORVOIntProdData;
+
+/* Creates a record (zero-filled, both handles opened with
+ * KORVOGetCpxHandles) or returns null when memory runs out, leaving nothing
+ * allocated. A handle that cannot be opened holds -1; the record is still
+ * returned. Release it with KORVODestroyIntProdData. */
+KORUTL_API KORVOIntProdData *KORVOCreateIntProdData(void);
+
+/* Closes both handles (from-local first) and releases the record; null is
+ * accepted. The conversion library keeps running. */
+KORUTL_API void KORVODestroyIntProdData(KORVOIntProdData *record);
+
+/* Sets both handles to -1, then opens local -> 65456 into `*fromLocal` and
+ * 65456 -> local into `*toLocal`; one that fails stays -1. A null address
+ * is skipped. Returns 1 in every case. */
+KORUTL_API int32_t KORVOGetCpxHandles(int32_t *toLocal, int32_t *fromLocal);
+
+/* Converts one text with the handle `*handle` (one of a record's two):
+ * calls cpx_convert_text(*handle, a1, a2, a3, a4, a5, 0, 0, 0, a6), whose
+ * arguments mean: a1 source address, a2 source length in bytes (negative:
+ * up to its zero byte), a3 target address, a4 target capacity in bytes, a5
+ * address of an int32_t receiving the bytes written (or 0), a6 flags (1:
+ * also write a zero terminator within the capacity). Returns 1 when the
+ * whole text converted, 0 otherwise (a null `handle`, a handle of -1 --
+ * then the conversion library is not called -- a target too small, or
+ * bytes that are not text in the source code set). Never writes past a4. */
+KORUTL_API int32_t KORVOCpxConversion(int32_t *handle, intptr_t a1, intptr_t a2, intptr_t a3,
+                                      intptr_t a4, intptr_t a5, intptr_t a6);
+
+/* Destroys `record` when it is not null, then ends the conversion library
+ * (cpx_term) in every case. */
+KORUTL_API void KORVOCleanupInternalProducts(KORVOIntProdData *record);
 
 /* ------------------------------------------------------------------------
  * Configuration tree: versions, values, instances, agents
