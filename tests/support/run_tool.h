@@ -20,7 +20,7 @@ inline ToolRun run_tool(const std::string &args, const std::string &env = "") {
 #ifdef KORUTL_TOOL_FILE
   const std::string cmd = env + " '" KORUTL_TOOL_FILE "' " + args + " 2>&1";
 #else
-  const std::string cmd = "false";
+  const std::string cmd = env + " false " + args;  // built without the tool
 #endif
   ToolRun r{-1, {}};
   FILE *p = popen(cmd.c_str(), "r");
