@@ -2,7 +2,7 @@
 # gives find_package(korutl) the imported target korutl::korutl.
 include(CMakePackageConfigHelpers)
 
-install(TARGETS korutl EXPORT korutlTargets
+install(TARGETS korutl korrsv EXPORT korutlTargets
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
   ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
   RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR}
