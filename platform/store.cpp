@@ -96,10 +96,11 @@ Status delete_key_in(sqlite3 *db, std::string_view path) {
 }
 
 // Runs `body` in one write transaction and commits when it succeeded.
+// Writes that need an existing key leave a missing store uncreated.
 template <typename Body>
-Status write(std::string_view path, Body body) {
+Status write(std::string_view path, bool may_create, Body body) {
   Status st;
-  sqlite3 *db = open_for(path, true, st);
+  sqlite3 *db = open_for(path, may_create, st);
   if (db == nullptr) return st;
   WriteTransaction tx(db);
   if (!tx.begun()) return Status::store_error;
@@ -155,7 +156,7 @@ Status get_value(std::string_view path, std::string_view name, Value &out) {
 
 Status set_value(std::string_view path, std::string_view name, uint32_t type,
                  std::string_view data) {
-  return write(path, [&](sqlite3 *db) {
+  return write(path, false, [&](sqlite3 *db) {
     int64_t id;
     const Status st = key_id(db, path, id);
     return st != Status::ok ? st : set_in(db, id, name, type, data);
@@ -163,7 +164,7 @@ Status set_value(std::string_view path, std::string_view name, uint32_t type,
 }
 
 Status delete_value(std::string_view path, std::string_view name) {
-  return write(path, [&](sqlite3 *db) {
+  return write(path, false, [&](sqlite3 *db) {
     int64_t id;
     const Status st = key_id(db, path, id);
     return st != Status::ok ? st : delete_value_in(db, id, name);
@@ -171,11 +172,11 @@ Status delete_value(std::string_view path, std::string_view name) {
 }
 
 Status create_key(std::string_view path, bool *created) {
-  return write(path, [&](sqlite3 *db) { return create_in(db, path, created); });
+  return write(path, true, [&](sqlite3 *db) { return create_in(db, path, created); });
 }
 
 Status delete_key(std::string_view path) {
-  return write(path, [&](sqlite3 *db) { return delete_key_in(db, path); });
+  return write(path, false, [&](sqlite3 *db) { return delete_key_in(db, path); });
 }
 
 Status list_subkeys(std::string_view path, std::vector<std::string> &names) {
@@ -218,7 +219,7 @@ Status list_values(std::string_view path, std::vector<Value> &values) {
 
 Status write_batch(const std::vector<KeyRecord> &records) {
   if (records.empty()) return Status::ok;
-  return write(records.front().path, [&](sqlite3 *db) {
+  return write(records.front().path, true, [&](sqlite3 *db) {
     for (const KeyRecord &r : records) {
       Status st;
       if (r.remove) {

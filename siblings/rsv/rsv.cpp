@@ -116,6 +116,33 @@ RSV_API uint16_t rsv_set_value(const char *key, const char *name, const char *te
   return result(store::set_value(key, name, store::type_sz, data), "set_value", key, module, line);
 }
 
+RSV_API uint16_t rsv_get_value_ex(const char *key, const char *name, uint32_t *type, void *data,
+                                  uint32_t *size, const char *module, int32_t line) {
+  if (key == nullptr || name == nullptr || size == nullptr)
+    return bad_argument("get_value_ex", module, line);
+  store::Value value;
+  const store::Status st = store::get_value(key, name, value);
+  if (st != store::Status::ok) return result(st, "get_value_ex", key, module, line);
+  if (type != nullptr) *type = value.type;
+  const uint32_t needed = static_cast<uint32_t>(value.data.size());
+  if (data != nullptr && needed > *size) {
+    *size = needed;
+    return fail(RSV_E_BUFFER_SMALL, "get_value_ex", module, line, "buffer too small");
+  }
+  if (data != nullptr && needed > 0) std::memcpy(data, value.data.data(), needed);
+  *size = needed;
+  return RSV_OK;
+}
+
+RSV_API uint16_t rsv_set_value_ex(const char *key, const char *name, uint32_t type,
+                                  const void *data, uint32_t size, const char *module,
+                                  int32_t line) {
+  if (key == nullptr || name == nullptr || (data == nullptr && size > 0))
+    return bad_argument("set_value_ex", module, line);
+  const std::string_view bytes(static_cast<const char *>(data), data != nullptr ? size : 0);
+  return result(store::set_value(key, name, type, bytes), "set_value_ex", key, module, line);
+}
+
 RSV_API uint16_t rsv_delete_value(const char *key, const char *name, const char *module,
                                   int32_t line) {
   if (key == nullptr || name == nullptr) return bad_argument("delete_value", module, line);

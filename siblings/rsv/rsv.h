@@ -57,6 +57,19 @@ RSV_API uint16_t rsv_get_value(const char *key, const char *name, char *buffer,
 RSV_API uint16_t rsv_set_value(const char *key, const char *name, const char *text,
                                const char *module, int32_t line);
 
+/* Typed access for tools that carry every registry type (REG_SZ 1,
+ * REG_EXPAND_SZ 2, REG_BINARY 3, REG_DWORD 4, REG_MULTI_SZ 7, REG_QWORD 11).
+ * rsv_get_value_ex: *size is the capacity of data in, the data's size out
+ * (data may be null to ask for the size); a value larger than the capacity
+ * gives RSV_E_BUFFER_SMALL with the needed size. type may be null.
+ * rsv_set_value_ex stores size bytes as they are in an existing key; data
+ * over 1 MiB gives RSV_E_TOO_LONG. */
+RSV_API uint16_t rsv_get_value_ex(const char *key, const char *name, uint32_t *type, void *data,
+                                  uint32_t *size, const char *module, int32_t line);
+RSV_API uint16_t rsv_set_value_ex(const char *key, const char *name, uint32_t type,
+                                  const void *data, uint32_t size, const char *module,
+                                  int32_t line);
+
 /* Removes one value of a key: RSV_E_NO_VALUE when it is not there. */
 RSV_API uint16_t rsv_delete_value(const char *key, const char *name, const char *module,
                                   int32_t line);
