@@ -49,6 +49,24 @@ struct Connection {
 };
 
 thread_local Connection this_thread;
+
+bool busy(int rc) { return (rc & 0xFF) == SQLITE_BUSY || (rc & 0xFF) == SQLITE_LOCKED; }
+
+// Some lock conflicts (changing the journal mode, WAL recovery, a first
+// schema write racing another process) return SQLITE_BUSY without waiting
+// in the busy handler; those are retried here for up to about ten seconds.
+constexpr int busy_retries = 2000;
+
+void pause_briefly() { usleep(5000); }
+
+bool exec_retrying(sqlite3 *db, const char *sql) {
+  for (int i = 0;; ++i) {
+    const int rc = sqlite3_exec(db, sql, nullptr, nullptr, nullptr);
+    if (rc == SQLITE_OK) return true;
+    if (!busy(rc) || i == busy_retries) return false;
+    pause_briefly();
+  }
+}
 thread_local std::string error_text;
 
 bool make_folders(const std::string &file) {
@@ -61,13 +79,8 @@ bool make_folders(const std::string &file) {
 
 bool set_up(sqlite3 *db) {
   sqlite3_busy_timeout(db, 10000);
-  sqlite3_extended_result_codes(db, 1);
-  return sqlite3_exec(db,
-                      "PRAGMA foreign_keys=ON;"
-                      "PRAGMA synchronous=FULL;",
-                      nullptr, nullptr, nullptr) == SQLITE_OK &&
-         sqlite3_exec(db, "PRAGMA journal_mode=WAL;", nullptr, nullptr, nullptr) == SQLITE_OK &&
-         sqlite3_exec(db, schema_sql, nullptr, nullptr, nullptr) == SQLITE_OK;
+  return exec_retrying(db, "PRAGMA foreign_keys=ON; PRAGMA synchronous=FULL;") &&
+         exec_retrying(db, "PRAGMA journal_mode=WAL;") && exec_retrying(db, schema_sql);
 }
 
 }  // namespace
@@ -158,10 +171,17 @@ void Statement::bind_blob(int i, std::string_view data) {
 
 void Statement::bind(int i, int64_t v) { sqlite3_bind_int64(stmt_, i, v); }
 
-int Statement::step() { return sqlite3_step(stmt_); }
+int Statement::step() {
+  for (int i = 0;; ++i) {
+    const int rc = sqlite3_step(stmt_);
+    if (!busy(rc) || i == busy_retries) return rc;
+    sqlite3_reset(stmt_);
+    pause_briefly();
+  }
+}
 
 WriteTransaction::WriteTransaction(sqlite3 *db) : db_(db) {
-  begun_ = sqlite3_exec(db, "BEGIN IMMEDIATE", nullptr, nullptr, nullptr) == SQLITE_OK;
+  begun_ = exec_retrying(db, "BEGIN IMMEDIATE");
   if (!begun_) set_error(sqlite3_errmsg(db));
 }
 
@@ -170,7 +190,7 @@ WriteTransaction::~WriteTransaction() {
 }
 
 bool WriteTransaction::commit() {
-  if (sqlite3_exec(db_, "COMMIT", nullptr, nullptr, nullptr) != SQLITE_OK) {
+  if (!exec_retrying(db_, "COMMIT")) {
     set_error(sqlite3_errmsg(db_));
     return false;
   }

@@ -81,7 +81,7 @@ std::string integrity(const std::string &file) {
 }
 
 TEST_F(DurabilityTest, KilledWriterLeavesASoundStoreWithEveryAcknowledgedWrite) {
-  for (int round = 0; round < 20; ++round) {
+  for (int round = 0; round < 8; ++round) {
     int ack[2];
     ASSERT_EQ(pipe(ack), 0);
     const pid_t child = fork();
@@ -100,7 +100,7 @@ TEST_F(DurabilityTest, KilledWriterLeavesASoundStoreWithEveryAcknowledgedWrite) 
     close(ack[1]);
     int acknowledged = -1, i;
     // Let a varying number of writes through, then kill mid-stream.
-    while (acknowledged < 10 + round * 7 && read(ack[0], &i, sizeof i) == sizeof i) acknowledged = i;
+    while (acknowledged < 5 + round * 3 && read(ack[0], &i, sizeof i) == sizeof i) acknowledged = i;
     kill(child, SIGKILL);
     while (read(ack[0], &i, sizeof i) == sizeof i) acknowledged = i;
     close(ack[0]);
