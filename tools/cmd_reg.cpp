@@ -1,4 +1,4 @@
-// korutl reg: query, add and delete keys and values of the configuration
+// korutl reg: query, add, delete, export and import keys and values of the configuration
 // store, with the verbs and switches of Windows' reg command (/v, /ve, /t,
 // /d, /f) and long options (--value, --default-value, --type, --data,
 // --force). Keys may start with HKLM as a short form of HKEY_LOCAL_MACHINE.
@@ -29,6 +29,7 @@ struct RegArgs {
   std::optional<std::string> value;  // "" for the default value
   std::string type = "REG_SZ";
   std::string data;
+  std::string file;  // export: the file written; import: the file read
 };
 
 const std::map<std::string, uint32_t> type_codes = {
@@ -52,8 +53,18 @@ std::string full_key(const std::string &key) {
 bool parse(const std::vector<std::string> &args, RegArgs &out) {
   if (args.size() < 2) return false;
   out.verb = args[0];
+  if (out.verb == "import") {
+    out.file = args[1];
+    return args.size() == 2;
+  }
   out.key = full_key(args[1]);
-  for (size_t i = 2; i < args.size(); ++i) {
+  size_t first_option = 2;
+  if (out.verb == "export") {
+    if (args.size() < 3) return false;
+    out.file = args[2];
+    first_option = 3;
+  }
+  for (size_t i = first_option; i < args.size(); ++i) {
     const std::string &a = args[i];
     auto next = [&](std::string &dst) {
       if (i + 1 >= args.size()) return false;
@@ -235,10 +246,33 @@ int remove(const RegArgs &a) {
   return 0;
 }
 
+int export_key(const RegArgs &a) {
+  if (rsv_export_file(a.key.c_str(), a.file.c_str(), M, __LINE__) != RSV_OK) {
+    std::fprintf(stderr, "ERROR: The key cannot be exported to %s.\n", a.file.c_str());
+    return 1;
+  }
+  std::printf("The operation completed successfully.\n");
+  return 0;
+}
+
+int import_file(const RegArgs &a) {
+  uint32_t bad_line = 0;
+  if (rsv_import_file(a.file.c_str(), &bad_line, M, __LINE__) != RSV_OK) {
+    if (bad_line > 0)
+      std::fprintf(stderr, "ERROR: %s:%u: malformed line; nothing was imported.\n", a.file.c_str(),
+                   bad_line);
+    else
+      std::fprintf(stderr, "ERROR: %s cannot be imported.\n", a.file.c_str());
+    return 1;
+  }
+  std::printf("The operation completed successfully.\n");
+  return 0;
+}
+
 void add_reg_command(CLI::App &app) {
   auto *cmd = app.add_subcommand(
-      "reg", "Query, add or delete registry keys and values: reg query|add|delete KEY [/v NAME | /ve] "
-             "[/t TYPE] [/d DATA] [/f]");
+      "reg", "Registry keys and values: reg query|add|delete KEY [/v NAME | /ve] [/t TYPE] [/d DATA] "
+             "[/f], reg export KEY FILE, reg import FILE");
   cmd->prefix_command();
   cmd->callback([cmd] {
     RegArgs a;
@@ -253,6 +287,10 @@ void add_reg_command(CLI::App &app) {
       exit_code = add(a);
     else if (a.verb == "delete")
       exit_code = remove(a);
+    else if (a.verb == "export")
+      exit_code = export_key(a);
+    else if (a.verb == "import")
+      exit_code = import_file(a);
     else {
       std::fprintf(stderr, "ERROR: Unknown verb %s.\n", a.verb.c_str());
       exit_code = 2;

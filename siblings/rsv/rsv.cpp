@@ -6,8 +6,11 @@
 #include <atomic>
 #include <cstdio>
 #include <cstring>
+#include <fstream>
+#include <iterator>
 #include <string>
 
+#include "platform/regfile.h"
 #include "platform/store.h"
 
 namespace store = korutl::store;
@@ -181,6 +184,38 @@ RSV_API uint16_t rsv_enum_values(const char *key, char **names, uint16_t *count,
   fill_slots(found, [](const store::Value &v) -> const std::string & { return v.name; }, names,
              count, value_slot);
   return RSV_OK;
+}
+
+RSV_API uint16_t rsv_export_file(const char *key, const char *file, const char *module,
+                                 int32_t line) {
+  if (key == nullptr || file == nullptr) return bad_argument("export_file", module, line);
+  std::string text;
+  const store::Status st = korutl::regfile::write(key, text);
+  if (st != store::Status::ok) return result(st, "export_file", key, module, line);
+  std::ofstream out(file, std::ios::binary | std::ios::trunc);
+  if (!out.write(text.data(), static_cast<std::streamsize>(text.size())) || !out.flush())
+    return fail(RSV_E_STORE, "export_file", module, line, std::string("cannot write ") + file);
+  return RSV_OK;
+}
+
+RSV_API uint16_t rsv_import_file(const char *file, uint32_t *bad_line, const char *module,
+                                 int32_t line) {
+  if (bad_line != nullptr) *bad_line = 0;
+  if (file == nullptr) return bad_argument("import_file", module, line);
+  constexpr std::streamoff max_file = 64 << 20;
+  std::ifstream in(file, std::ios::binary | std::ios::ate);
+  if (!in || in.tellg() > max_file)
+    return fail(RSV_E_BAD_ARGUMENT, "import_file", module, line, std::string("cannot read ") + file);
+  in.seekg(0);
+  const std::string text((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+  std::vector<store::KeyRecord> records;
+  size_t wrong = 0;
+  if (!korutl::regfile::parse(text, records, wrong)) {
+    if (bad_line != nullptr) *bad_line = static_cast<uint32_t>(wrong);
+    return fail(RSV_E_BAD_ARGUMENT, "import_file", module, line,
+                std::string(file) + ":" + std::to_string(wrong) + ": malformed line");
+  }
+  return result(store::write_batch(records), "import_file", file, module, line);
 }
 
 RSV_API uint16_t rsv_set_trace_func(rsv_trace_func func, const char *, int32_t) {

@@ -91,6 +91,19 @@ RSV_API uint16_t rsv_enum_subkeys(const char *key, char **names, uint16_t *count
 RSV_API uint16_t rsv_enum_values(const char *key, char **names, uint16_t *count,
                                  const char *module, int32_t line);
 
+/* Writes the key and its subtree to `file` in the registry editor's .reg
+ * format (version 5.00, UTF-16LE with a byte-order mark). */
+RSV_API uint16_t rsv_export_file(const char *key, const char *file, const char *module,
+                                 int32_t line);
+
+/* Reads a .reg file (UTF-16LE with a byte-order mark, or UTF-8) and applies
+ * it in one transaction: keys are created, "[-key]" deletes a subtree,
+ * "name"=- deletes a value. A malformed file changes nothing: the result is
+ * RSV_E_BAD_ARGUMENT and *bad_line (may be null) receives the 1-based line
+ * at fault (0 when the file cannot be read; files over 64 MiB are refused). */
+RSV_API uint16_t rsv_import_file(const char *file, uint32_t *bad_line, const char *module,
+                                 int32_t line);
+
 /* Installs the trace function (null: no trace). Always RSV_OK. */
 RSV_API uint16_t rsv_set_trace_func(rsv_trace_func func, const char *module, int32_t line);
 
