@@ -1,8 +1,10 @@
 #include "platform/store_connection.h"
 
+#include <pthread.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <cerrno>
 #include <cstdlib>
 #include <unordered_map>
@@ -29,8 +31,15 @@ constexpr const char *schema_sql =
     " data BLOB NOT NULL,"
     " UNIQUE(key, name));";
 
+// Bumped in the child after every fork, so that a connection inherited
+// from the parent is recognised without asking the kernel for the pid on
+// every call.
+std::atomic<unsigned> fork_generation{0};
+[[maybe_unused]] const int fork_watch =
+    pthread_atfork(nullptr, nullptr, [] { fork_generation.fetch_add(1); });
+
 struct Connection {
-  pid_t pid = 0;
+  unsigned generation = 0;
   std::string file;
   sqlite3 *db = nullptr;
   std::unordered_map<const char *, sqlite3_stmt *> statements;
@@ -38,7 +47,7 @@ struct Connection {
   void close() {
     // A child of fork() must not touch its parent's connection: it is
     // dropped without closing (its memory is the child's copy anyway).
-    if (db != nullptr && pid == getpid()) {
+    if (db != nullptr && generation == fork_generation.load()) {
       for (auto &[sql, stmt] : statements) sqlite3_finalize(stmt);
       sqlite3_close_v2(db);
     }
@@ -104,10 +113,14 @@ Status sqlite_failure(sqlite3 *db) {
 
 sqlite3 *connection(bool for_write, Status &status) {
   Connection &c = this_thread;
-  const std::string file = store_file();
-  if (c.db != nullptr && (c.pid != getpid() || c.file != file)) c.close();
   status = Status::ok;
+  // The common case, an open connection to the file KORVO_REGISTRY names,
+  // is settled without building the path.
+  const char *env = std::getenv("KORVO_REGISTRY");
+  const bool same_file = env != nullptr && *env != '\0' ? c.file == env : c.file == store_file();
+  if (c.db != nullptr && (c.generation != fork_generation.load() || !same_file)) c.close();
   if (c.db != nullptr) return c.db;
+  const std::string file = store_file();
 
   struct stat st {};
   if (stat(file.c_str(), &st) != 0) {
@@ -130,7 +143,7 @@ sqlite3 *connection(bool for_write, Status &status) {
     status = Status::store_error;
     return nullptr;
   }
-  c.pid = getpid();
+  c.generation = fork_generation.load();
   c.file = file;
   c.db = db;
   return db;
