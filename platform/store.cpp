@@ -65,7 +65,7 @@ Status create_in(sqlite3 *db, std::string_view path, bool *created) {
 
 Status set_in(sqlite3 *db, int64_t key, std::string_view name, uint32_t type,
               std::string_view data) {
-  if (name.size() > max_name_length * 64) return Status::bad_name;  // 16383, as Windows
+  if (name.size() > max_value_name_length) return Status::bad_name;
   if (data.size() > max_value_size) return Status::too_large;
   Statement s(db,
               "INSERT INTO vals(key, name, type, data) VALUES(?1, ?2, ?3, ?4) "

@@ -29,6 +29,7 @@ enum class Status {
 
 // Windows' own limits, kept so that a tree moves between hosts unchanged.
 constexpr size_t max_name_length = 255;
+constexpr size_t max_value_name_length = 16383;
 constexpr size_t max_depth = 512;
 constexpr size_t max_value_size = 1024 * 1024;
 
