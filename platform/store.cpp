@@ -109,6 +109,28 @@ Status write(std::string_view path, bool may_create, Body body) {
   return tx.commit() ? Status::ok : Status::store_error;
 }
 
+std::string column_bytes(sqlite3_stmt *row, int i) {
+  const void *bytes = sqlite3_column_blob(row, i);
+  return bytes == nullptr ? std::string()
+                          : std::string(static_cast<const char *>(bytes), sqlite3_column_bytes(row, i));
+}
+
+// Runs `sql` (with the key's id as ?1) and hands each row to `on_row`.
+template <typename OnRow>
+Status for_each_row(std::string_view path, const char *sql, OnRow on_row) {
+  Status st;
+  sqlite3 *db = open_for(path, false, st);
+  if (db == nullptr) return st;
+  int64_t id;
+  if ((st = key_id(db, path, id)) != Status::ok) return st;
+  Statement s(db, sql);
+  if (!s) return Status::store_error;
+  s.bind(1, id);
+  int rc;
+  while ((rc = s.step()) == SQLITE_ROW) on_row(s.get());
+  return rc == SQLITE_DONE ? Status::ok : sqlite_failure(db);
+}
+
 int64_t count(sqlite3 *db, const char *sql, int64_t key) {
   Statement s(db, sql);
   if (!s) return 0;
@@ -148,9 +170,8 @@ Status get_value(std::string_view path, std::string_view name, Value &out) {
   if (rc != SQLITE_ROW) return sqlite_failure(db);
   if (sqlite3_column_type(s.get(), 0) == SQLITE_NULL) return Status::no_value;
   out.type = static_cast<uint32_t>(sqlite3_column_int64(s.get(), 0));
-  const void *blob = sqlite3_column_blob(s.get(), 1);
-  out.data.assign(static_cast<const char *>(blob), blob != nullptr ? sqlite3_column_bytes(s.get(), 1) : 0);
-  out.name.assign(reinterpret_cast<const char *>(sqlite3_column_text(s.get(), 2)));
+  out.data = column_bytes(s.get(), 1);
+  out.name = column_bytes(s.get(), 2);
   return Status::ok;
 }
 
@@ -181,40 +202,18 @@ Status delete_key(std::string_view path) {
 
 Status list_subkeys(std::string_view path, std::vector<std::string> &names) {
   names.clear();
-  Status st;
-  sqlite3 *db = open_for(path, false, st);
-  if (db == nullptr) return st;
-  int64_t id;
-  if ((st = key_id(db, path, id)) != Status::ok) return st;
-  Statement s(db, "SELECT name FROM keys WHERE parent = ?1 ORDER BY name COLLATE NOCASE");
-  if (!s) return Status::store_error;
-  s.bind(1, id);
-  int rc;
-  while ((rc = s.step()) == SQLITE_ROW)
-    names.emplace_back(reinterpret_cast<const char *>(sqlite3_column_text(s.get(), 0)));
-  return rc == SQLITE_DONE ? Status::ok : sqlite_failure(db);
+  return for_each_row(path, "SELECT name FROM keys WHERE parent = ?1 ORDER BY name COLLATE NOCASE",
+                      [&](sqlite3_stmt *row) { names.push_back(column_bytes(row, 0)); });
 }
 
 Status list_values(std::string_view path, std::vector<Value> &values) {
   values.clear();
-  Status st;
-  sqlite3 *db = open_for(path, false, st);
-  if (db == nullptr) return st;
-  int64_t id;
-  if ((st = key_id(db, path, id)) != Status::ok) return st;
-  Statement s(db, "SELECT name, type, data FROM vals WHERE key = ?1 ORDER BY id");
-  if (!s) return Status::store_error;
-  s.bind(1, id);
-  int rc;
-  while ((rc = s.step()) == SQLITE_ROW) {
-    Value v;
-    v.name.assign(reinterpret_cast<const char *>(sqlite3_column_text(s.get(), 0)));
-    v.type = static_cast<uint32_t>(sqlite3_column_int64(s.get(), 1));
-    const void *blob = sqlite3_column_blob(s.get(), 2);
-    v.data.assign(static_cast<const char *>(blob), blob != nullptr ? sqlite3_column_bytes(s.get(), 2) : 0);
-    values.push_back(std::move(v));
-  }
-  return rc == SQLITE_DONE ? Status::ok : sqlite_failure(db);
+  return for_each_row(path, "SELECT name, type, data FROM vals WHERE key = ?1 ORDER BY id",
+                      [&](sqlite3_stmt *row) {
+                        values.push_back({column_bytes(row, 0),
+                                          static_cast<uint32_t>(sqlite3_column_int64(row, 1)),
+                                          column_bytes(row, 2)});
+                      });
 }
 
 Status write_batch(const std::vector<KeyRecord> &records) {
