@@ -22,6 +22,7 @@ class TempStore : public ::testing::Test {
     setenv("KORVO_REGISTRY", file_.c_str(), 1);
   }
   void TearDown() override {
+    if (dir_.empty()) return;  // SetUp skipped
     unsetenv("KORVO_REGISTRY");
     std::filesystem::remove_all(dir_);
   }
