@@ -104,6 +104,45 @@ KORUTL_API uint8_t KORVOGetValueOfHexDigit(char c);
  * Settings, paths and registry start-up
  * ------------------------------------------------------------------------ */
 
+/* Settings are text values under HKEY_LOCAL_MACHINE in the key
+ * "SOFTWARE\Vantrel\<product>\<section>" of the configuration store (the
+ * file named by KORVO_REGISTRY; see README). The composed key path must
+ * stay under 1024 characters and a value under 1024 bytes with its
+ * terminating zero; longer ones are refused, never cut. */
+
+/* Copies the setting's text into outValue, or defaultValue (null counts as
+ * "") when the key or value is missing, empty, over 1024 bytes, or the path
+ * is too long. outValue must hold 1024 bytes; the copy is cut to 1023
+ * characters. Null product, section or valueName give the default. Returns
+ * 1 always. */
+KORUTL_API int32_t KORVOGetSetting(const char *product, const char *section,
+                                   const char *valueName, const char *defaultValue,
+                                   char *outValue);
+
+/* Stores value as a text setting, creating the key as needed. Returns 1
+ * when written, 0 when an argument is null, the path or value is too long,
+ * or the store cannot be written. */
+KORUTL_API int32_t KORVOSaveSetting(const char *product, const char *section,
+                                    const char *valueName, const char *value);
+
+/* The setting Global\Install_Path of Halcyra ("" when unset) in out, which
+ * must hold 1024 bytes. Returns out; null when out is null. */
+KORUTL_API char *KORVOGetInstallPath(char *out);
+
+/* The setting MILayer\Hostlist_Path of Halcyra, as KORVOGetInstallPath. */
+KORUTL_API char *KORVOGetHostListPath(char *out);
+
+/* The registry mode, always 1; outName (may be null) receives "". */
+KORUTL_API int32_t KORVOGetRegMode(char *outName);
+
+/* Composes basePath, "\" unless baseHasSeparator is non-zero, then
+ * "localized\<language>\" when language is not null, then fileName, into
+ * out. out must hold the whole composed path and its zero. Returns out, or
+ * null (out untouched) when out, basePath or fileName is null. */
+KORUTL_API char *KORVOMakeLocalizedPath(char *out, const char *basePath,
+                                        uint8_t baseHasSeparator, const char *language,
+                                        const char *fileName);
+
 /* ------------------------------------------------------------------------
  * Internal products and code-page conversion
  *

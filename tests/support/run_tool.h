@@ -16,7 +16,8 @@ struct ToolRun {
 
 // `args` is passed through the shell: quote what needs quoting. `env` is a
 // prefix of VAR=value assignments for this run only (may be empty).
-inline ToolRun run_tool(const std::string &args, const std::string &env = "") {
+inline ToolRun run_tool(const std::string &args,
+                        const std::string &env = "") {
 #ifdef KORUTL_TOOL_FILE
   const std::string cmd = env + " '" KORUTL_TOOL_FILE "' " + args + " 2>&1";
 #else

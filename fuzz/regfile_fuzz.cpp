@@ -1,0 +1,25 @@
+// The .reg parser on arbitrary bytes: it must never crash, and whatever it
+// accepts must be keys with usable paths and values within the store's size.
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <string_view>
+
+#include "platform/regfile.h"
+#include "platform/store_path.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
+  std::vector<korutl::store::KeyRecord> records;
+  size_t bad_line = 0;
+  const std::string_view text(reinterpret_cast<const char *>(data), size);
+  if (!korutl::regfile::parse(text, records, bad_line)) {
+    if (bad_line == 0) std::abort();
+    return 0;
+  }
+  std::vector<std::string_view> parts;
+  for (const auto &r : records) {
+    if (!korutl::store::split_key_path(r.path, parts)) std::abort();
+    if (r.remove && (!r.values.empty() || !r.removed_values.empty())) std::abort();
+  }
+  return 0;
+}

@@ -1,0 +1,86 @@
+// The configuration store: one SQLite file holding the whole registry tree.
+// Both the registry service (libkorrsv.so) and the library's Win32 registry
+// layer go through these functions, so both see one tree. Nothing else in
+// the project talks SQL.
+//
+// Key paths are full paths such as "HKEY_LOCAL_MACHINE\SOFTWARE\Vantrel";
+// names compare case-insensitively (ASCII) and keep the case they were
+// created with. Each thread keeps its own connection, reopened when
+// KORVO_REGISTRY changes or after a fork.
+#ifndef KORUTL_PLATFORM_STORE_H
+#define KORUTL_PLATFORM_STORE_H
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace korutl::store {
+
+enum class Status {
+  ok,
+  no_key,       // the key (or the store file) does not exist
+  no_value,     // the key exists, the value does not
+  bad_name,     // empty path component, name over 255 characters, depth over 512
+  too_large,    // value data over max_value_size
+  store_error,  // the file cannot be opened, is damaged, or SQLite failed
+};
+
+// Windows' own limits, kept so that a tree moves between hosts unchanged.
+constexpr size_t max_name_length = 255;
+constexpr size_t max_value_name_length = 16383;
+constexpr size_t max_depth = 512;
+constexpr size_t max_value_size = 1024 * 1024;
+
+// Registry value types, numbered as Windows numbers them.
+enum ValueType : uint32_t {
+  type_none = 0,
+  type_sz = 1,
+  type_expand_sz = 2,
+  type_binary = 3,
+  type_dword = 4,
+  type_multi_sz = 7,
+  type_qword = 11,
+};
+
+struct Value {
+  std::string name;
+  uint32_t type = type_none;
+  std::string data;  // raw bytes; text types keep their terminating zero
+};
+
+// Why the last failing call of this thread failed (SQLite's message or ours).
+const std::string &last_error();
+
+// The file in use: KORVO_REGISTRY, else $XDG_STATE_HOME/halcyra/registry.db,
+// else $HOME/.local/state/halcyra/registry.db.
+std::string store_file();
+
+Status query_key(std::string_view path, uint32_t *subkeys, uint32_t *values);
+Status get_value(std::string_view path, std::string_view name, Value &out);
+// Stores into an existing key; the value keeps its place in the order.
+Status set_value(std::string_view path, std::string_view name, uint32_t type,
+                 std::string_view data);
+Status delete_value(std::string_view path, std::string_view name);
+// Creates the key and every missing key above it. `created` (may be null)
+// tells whether the key itself is new.
+Status create_key(std::string_view path, bool *created = nullptr);
+// Removes the key, its values and its whole subtree.
+Status delete_key(std::string_view path);
+// Subkey names in case-insensitive order; values in first-set order.
+Status list_subkeys(std::string_view path, std::vector<std::string> &names);
+Status list_values(std::string_view path, std::vector<Value> &values);
+
+// One whole tree written in a single transaction: a key with its values.
+struct KeyRecord {
+  std::string path;
+  bool remove = false;  // "[-path]": delete this subtree instead
+  std::vector<Value> values;
+  std::vector<std::string> removed_values;
+};
+Status write_batch(const std::vector<KeyRecord> &records);
+
+}  // namespace korutl::store
+
+#endif

@@ -1,0 +1,114 @@
+/* The registry service of the product family (libkorrsv.so): the
+ * configuration tree reached by full key paths such as
+ * "HKEY_LOCAL_MACHINE\SOFTWARE\Vantrel\Halcyra\Products\X".
+ *
+ * Every operation returns a 16-bit status (RSV_OK on success) and takes a
+ * trailing trace pair: the calling module's name and the line of the call.
+ * When an operation fails, the function installed with rsv_set_trace_func
+ * receives one line "module:line: operation: reason\n".
+ *
+ * The tree lives in the store file named by KORVO_REGISTRY (default
+ * $XDG_STATE_HOME/halcyra/registry.db); a store that does not exist yet is
+ * an empty tree. Names are case-insensitive and keep their case; a key name
+ * has at most 255 characters, a path at most 512 levels. */
+#ifndef KORUTL_SIBLINGS_RSV_H
+#define KORUTL_SIBLINGS_RSV_H
+
+#include <stdint.h>
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+#define RSV_API __attribute__((visibility("default")))
+
+#define RSV_OK 0
+#define RSV_E_NO_VALUE 2       /* the key exists, the value does not */
+#define RSV_E_BAD_ARGUMENT 3   /* null where a text or count is needed, bad path */
+#define RSV_E_BUFFER_SMALL 4   /* the caller's capacity cannot hold the text */
+#define RSV_E_TOO_LONG 5       /* the text does not fit a 16-bit length */
+#define RSV_E_STORE 6          /* the store cannot be read or written */
+#define RSV_E_NO_KEY 7         /* the key does not exist */
+
+/* Interface version 1.13; libkorutl.so imports it to load only beside it. */
+RSV_API extern const int32_t RSV_V113;
+
+typedef void (*rsv_trace_func)(const char *line);
+
+/* Counts of the key's direct subkeys and values; either pointer may be
+ * null. Counts above 65535 are reported as 65535. */
+RSV_API uint16_t rsv_query_key(const char *key, uint16_t *subkeys, uint16_t *values,
+                               const char *module, int32_t line);
+
+/* Reads a value as text (its bytes up to the first zero, whatever its
+ * type). name "" is the key's default value.
+ * - buffer and length null: existence test.
+ * - buffer null: *length receives the text's length (one byte more holds it
+ *   with its terminating zero).
+ * - buffer given: *length is its capacity in bytes; the text is written
+ *   zero-terminated and *length receives its length. A text that does not
+ *   fit gives RSV_E_BUFFER_SMALL (buffer untouched, *length the needed
+ *   length); a text of 65535 characters or more gives RSV_E_TOO_LONG. */
+RSV_API uint16_t rsv_get_value(const char *key, const char *name, char *buffer,
+                               uint16_t *length, const char *module, int32_t line);
+
+/* Stores text (with its terminating zero, as a text value) in an existing
+ * key; RSV_E_NO_KEY when the key is missing. */
+RSV_API uint16_t rsv_set_value(const char *key, const char *name, const char *text,
+                               const char *module, int32_t line);
+
+/* Typed access for tools that carry every registry type (REG_SZ 1,
+ * REG_EXPAND_SZ 2, REG_BINARY 3, REG_DWORD 4, REG_MULTI_SZ 7, REG_QWORD 11).
+ * rsv_get_value_ex: *size is the capacity of data in, the data's size out
+ * (data may be null to ask for the size); a value larger than the capacity
+ * gives RSV_E_BUFFER_SMALL with the needed size. type may be null.
+ * rsv_set_value_ex stores size bytes as they are in an existing key; data
+ * over 1 MiB gives RSV_E_TOO_LONG. */
+RSV_API uint16_t rsv_get_value_ex(const char *key, const char *name, uint32_t *type, void *data,
+                                  uint32_t *size, const char *module, int32_t line);
+RSV_API uint16_t rsv_set_value_ex(const char *key, const char *name, uint32_t type,
+                                  const void *data, uint32_t size, const char *module,
+                                  int32_t line);
+
+/* Removes one value of a key: RSV_E_NO_VALUE when it is not there. */
+RSV_API uint16_t rsv_delete_value(const char *key, const char *name, const char *module,
+                                  int32_t line);
+
+/* Creates the key and every missing key above it; an existing key is
+ * success. */
+RSV_API uint16_t rsv_create_key(const char *key, const char *module, int32_t line);
+
+/* Removes the key with its values and its whole subtree. */
+RSV_API uint16_t rsv_delete_key(const char *key, const char *module, int32_t line);
+
+/* Subkey names in case-insensitive name order. names[i] point to slots of
+ * 256 bytes; *count is the number of slots in and of names written out. */
+RSV_API uint16_t rsv_enum_subkeys(const char *key, char **names, uint16_t *count,
+                                  const char *module, int32_t line);
+
+/* Value names in the order they were first set. names[i] point to slots of
+ * 33 bytes; a longer name is cut to 32 characters. *count as above. */
+RSV_API uint16_t rsv_enum_values(const char *key, char **names, uint16_t *count,
+                                 const char *module, int32_t line);
+
+/* Writes the key and its subtree to `file` in the registry editor's .reg
+ * format (version 5.00, UTF-16LE with a byte-order mark). */
+RSV_API uint16_t rsv_export_file(const char *key, const char *file, const char *module,
+                                 int32_t line);
+
+/* Reads a .reg file (UTF-16LE with a byte-order mark, or UTF-8) and applies
+ * it in one transaction: keys are created, "[-key]" deletes a subtree,
+ * "name"=- deletes a value. A malformed file changes nothing: the result is
+ * RSV_E_BAD_ARGUMENT and *bad_line (may be null) receives the 1-based line
+ * at fault (0 when the file cannot be read; files over 64 MiB are refused). */
+RSV_API uint16_t rsv_import_file(const char *file, uint32_t *bad_line, const char *module,
+                                 int32_t line);
+
+/* Installs the trace function (null: no trace). Always RSV_OK. */
+RSV_API uint16_t rsv_set_trace_func(rsv_trace_func func, const char *module, int32_t line);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif
