@@ -143,6 +143,17 @@ KORUTL_API char *KORVOMakeLocalizedPath(char *out, const char *basePath,
                                         uint8_t baseHasSeparator, const char *language,
                                         const char *fileName);
 
+/* Installs the library's trace function (which writes each line to
+ * standard error) in the registry service and the OS-services library,
+ * then starts the code-page conversion library: with cpx_init when the
+ * setting "Cpx_Objects_Path" (section "Global" of "Halcyra") is empty,
+ * else with cpx_init_ex("CPXOBJDIR=" + that path), a folder that must
+ * exist. Returns 1 when the conversion library started, 0 when it did not
+ * (it is then ended again; the trace functions stay installed). Call it
+ * once, on one thread, before code-page conversion; the other operations
+ * do not need it. */
+KORUTL_API int32_t KORVOInitRegistry(void);
+
 /* ------------------------------------------------------------------------
  * Internal products and code-page conversion
  *
@@ -166,6 +177,13 @@ typedef struct KORVOIntProdData {
  * KORVOGetCpxHandles) or returns null when memory runs out, leaving nothing
  * allocated. A handle that cannot be opened holds -1; the record is still
  * returned. Release it with KORVODestroyIntProdData. */
+/* Sets `*data` to null, starts the registry and the conversion library
+ * with KORVOInitRegistry, creates a record with both ready flags set to 1
+ * and stores it in `*data`. Returns 1, or 0 when the conversion library
+ * does not start or memory runs out (`*data` then stays null). A null
+ * `data` returns 0. End with KORVOCleanupInternalProducts. */
+KORUTL_API int32_t KORVOInitInternalProducts(KORVOIntProdData **data);
+
 KORUTL_API KORVOIntProdData *KORVOCreateIntProdData(void);
 
 /* Closes both handles (from-local first) and releases the record; null is

@@ -23,6 +23,18 @@ void close_and_free(int32_t *cell) {
 
 extern "C" {
 
+KORUTL_API int32_t KORVOInitInternalProducts(KORVOIntProdData **data) {
+  if (data == nullptr) return 0;
+  *data = nullptr;  // a failed start leaves null, even over an old record
+  if (KORVOInitRegistry() == 0) return 0;
+  KORVOIntProdData *record = KORVOCreateIntProdData();
+  if (record == nullptr) return 0;  // the conversion library stays started
+  record->readyFlag1 = 1;
+  record->readyFlag2 = 1;
+  *data = record;
+  return 1;
+}
+
 KORUTL_API KORVOIntProdData *KORVOCreateIntProdData(void) {
   auto *record = static_cast<KORVOIntProdData *>(std::calloc(1, sizeof(KORVOIntProdData)));
   if (record == nullptr) return nullptr;

@@ -10,6 +10,9 @@
 
 #include "korutl.h"
 #include "siblings/cpx/cpx.h"
+#include "siblings/oss/oss.h"
+#include "siblings/rsv/rsv.h"
+#include "tests/support/temp_store.h"
 
 namespace {
 
@@ -98,6 +101,52 @@ TEST(CodePageStart, SettingsAndCleanup) {
   EXPECT_EQ(cpx_open_conversion(1252, 65456, &h), CPX_OK);
   KORVOCleanupInternalProducts(nullptr);  // still ends the library
   EXPECT_EQ(cpx_open_conversion(1252, 65456, &h), CPX_E_NOT_STARTED);
+}
+
+}  // namespace
+
+namespace {
+
+// Start-up through the registry: the conversion objects' folder comes from
+// the "Cpx_Objects_Path" setting, and trace lines then reach stderr.
+class RegistryStart : public korutl_test::TempStore {};
+
+TEST_F(RegistryStart, ObjectsPathDecidesTheStart) {
+  const std::string folder = std::filesystem::temp_directory_path().string();
+  struct Case {
+    std::string path;
+    int32_t started;
+  };
+  const Case cases[] = {{"", 1}, {folder, 1}, {folder + "/no-such-folder", 0}};
+  for (const Case &c : cases) {
+    ASSERT_EQ(KORVOSaveSetting("Halcyra", "Global", "Cpx_Objects_Path", c.path.c_str()), 1);
+    KORVOIntProdData *record = reinterpret_cast<KORVOIntProdData *>(&record);  // stale value
+    EXPECT_EQ(KORVOInitInternalProducts(&record), c.started) << c.path;
+    if (c.started == 0) {
+      EXPECT_EQ(record, nullptr) << "a failed start leaves null";
+      int32_t h = 0;
+      EXPECT_EQ(cpx_open_conversion(1252, 65456, &h), CPX_E_NOT_STARTED) << "ended again";
+      continue;
+    }
+    ASSERT_NE(record, nullptr);
+    EXPECT_EQ(record->readyFlag1, 1);
+    EXPECT_EQ(record->readyFlag2, 1);
+    KORVOCleanupInternalProducts(record);
+  }
+  EXPECT_EQ(KORVOInitInternalProducts(nullptr), 0);
+}
+
+TEST_F(RegistryStart, TraceLinesReachStandardError) {
+  ASSERT_EQ(KORVOInitRegistry(), 1);
+  ::testing::internal::CaptureStderr();
+  intptr_t handle = 0;
+  oss_load_library("no-such-language.dll", &handle, "I18N/korstrng", 12);
+  const std::string err = ::testing::internal::GetCapturedStderr();
+  EXPECT_EQ(err.rfind("I18N/korstrng:12: oss_load_library: ", 0), 0u) << err;
+  EXPECT_EQ(err.back(), '\n');
+  cpx_term();
+  oss_set_trace_func(nullptr, "test", __LINE__);
+  rsv_set_trace_func(nullptr, "test", __LINE__);
 }
 
 }  // namespace

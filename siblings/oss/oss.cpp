@@ -22,7 +22,7 @@ uint16_t fail(uint16_t status, const char *module, int32_t line, const char *ope
               const std::string &reason) {
   if (oss_trace_func f = trace_func.load(std::memory_order_acquire)) {
     char text[1024];
-    std::snprintf(text, sizeof text, "%s:%d: %s: %s", module ? module : "?", line, operation,
+    std::snprintf(text, sizeof text, "%s:%d: %s: %s\n", module ? module : "?", line, operation,
                   reason.c_str());
     f(text);
   }
