@@ -31,6 +31,7 @@ void store_le(Unit v, unsigned char *bytes) {
 
 template <typename Unit>
 bool write_units(const Unit *units, size_t count) {
+  if (count == 0) return true;
   std::vector<unsigned char> bytes(count * sizeof(Unit));
   for (size_t i = 0; i < count; ++i) store_le(units[i], bytes.data() + i * sizeof(Unit));
   return std::fwrite(bytes.data(), 1, bytes.size(), stdout) == bytes.size();
