@@ -24,7 +24,7 @@ constexpr uint32_t join(uint32_t high, uint32_t low) {
 
 // Trailing bytes of a UTF-8 sequence by its first byte. Bytes 0x80 to 0xBF
 // stand alone: a stray continuation byte is a value of its own.
-constexpr int trailing_bytes(uint8_t first) {
+constexpr int trailing_bytes_of(unsigned first) {
   if (first < 0xC0) return 0;
   if (first < 0xE0) return 1;
   if (first < 0xF0) return 2;
@@ -32,6 +32,16 @@ constexpr int trailing_bytes(uint8_t first) {
   if (first < 0xFC) return 4;
   return 5;
 }
+
+struct TrailingTable {
+  uint8_t count[256];
+  constexpr TrailingTable() : count{} {
+    for (unsigned b = 0; b < 256; ++b) count[b] = static_cast<uint8_t>(trailing_bytes_of(b));
+  }
+};
+constexpr TrailingTable kTrailing;
+
+constexpr int trailing_bytes(uint8_t first) { return kTrailing.count[first]; }
 
 // What the marker bits of each sequence length add up to once the bytes
 // have been summed with shifts; subtracting it leaves the value.
@@ -66,9 +76,17 @@ struct Utf8Reader {
   static Read read(const Unit *&s, const Unit *end, uint32_t &value) {
     const int k = trailing_bytes(*s);
     if (end - s <= k) return Read::incomplete;
+    // Unrolled by length: the sum-and-shift of each byte, as in a loop,
+    // without a loop whose count the branch predictor cannot guess.
     uint32_t v = 0;
-    for (int i = 0; i < k; ++i) v = (v + *s++) << 6;
-    v += *s++;
+    switch (k) {
+      case 5: v = (v + *s++) << 6; [[fallthrough]];
+      case 4: v = (v + *s++) << 6; [[fallthrough]];
+      case 3: v = (v + *s++) << 6; [[fallthrough]];
+      case 2: v = (v + *s++) << 6; [[fallthrough]];
+      case 1: v = (v + *s++) << 6; [[fallthrough]];
+      default: v += *s++;
+    }
     value = v - kDecodeOffset[k];
     return Read::ok;
   }
@@ -148,9 +166,12 @@ int32_t convert(const typename Reader::Unit **source_start, const typename Reade
   int32_t result = CONV_OK;
   while (s < source_end) {
     if constexpr (kAsciiFastPath) {
-      if (*s < 0x80) {
+      // Mixed text has short ASCII runs: after the block copy, one unit
+      // more is taken here so the general path starts only at non-ASCII.
+      if (*s < 0x80 && t < target_end) {
         copy_ascii_run(s, source_end, t, target_end);
-        if (s >= source_end) break;
+        if (s < source_end && *s < 0x80 && t < target_end) *t++ = static_cast<typename Writer::Unit>(*s++);
+        continue;
       }
     }
     const auto *char_start = s;
