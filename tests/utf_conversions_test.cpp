@@ -76,6 +76,10 @@ TEST(UtfConversions, LenientUtf8Decoding) {
   EXPECT_EQ(run(KORVOConvertUTF8toUTF16, U8{0x80}).out, U16{0x80});
   EXPECT_EQ(run(KORVOConvertUTF8toUTF16, U8{0xC3, 0x41}).out, U16{0x81});
   EXPECT_EQ(run(KORVOConvertUTF8toUTF16, U8{0xC0, 0x80}).out, U16{0});
+  // The sum wraps below the offset: a value past 0x7FFFFFFF, so U+FFFD.
+  EXPECT_EQ(run(KORVOConvertUTF8toUTF16, U8{0xC0, 0x00}).out, U16{0xFFFD});
+  EXPECT_EQ(run(KORVOConvertUTF8toUCS4, U8{0xC0, 0x00}).out, U32{0xFFFD});
+  EXPECT_EQ(run(KORVOConvertUTF8toUCS4, U8{0xDF, 0xBF, 0xC2, 0x80}).out, (U32{0x7FF, 0x80}));
 }
 
 TEST(UtfConversions, IncompleteSequenceAtTheEnd) {
