@@ -4,6 +4,8 @@
 // product family are read back as they are, every character outside the
 // alphabet (the pad included) counting as 0.
 #include <array>
+#include <bit>
+#include <cstring>
 
 #include "korutl.h"
 
@@ -17,6 +19,21 @@ constexpr std::array<uint8_t, 256> make_decode_table() {
   return t;
 }
 
+// The two characters of every 12-bit value, in memory order: one lookup
+// per half group and one 4-byte store per group.
+constexpr std::array<uint16_t, 4096> make_pair_table() {
+  std::array<uint16_t, 4096> t{};
+  for (unsigned v = 0; v < 4096; ++v) {
+    const auto first = static_cast<uint8_t>(kAlphabet[v >> 6]);
+    const auto second = static_cast<uint8_t>(kAlphabet[v & 63]);
+    t[v] = std::endian::native == std::endian::little ? static_cast<uint16_t>(first | second << 8)
+                                                      : static_cast<uint16_t>(first << 8 | second);
+  }
+  return t;
+}
+
+constexpr std::array<uint16_t, 4096> kPairs = make_pair_table();
+
 // Indexed by the full byte, so codes 128 to 255 read as 0 like any other
 // character outside the alphabet.
 constexpr std::array<uint8_t, 256> kDecode = make_decode_table();
@@ -28,10 +45,9 @@ int32_t encode(const uint8_t *in, int32_t n, char *out) {
   int32_t i = 0;
   for (; i + 3 <= n; i += 3) {
     const unsigned v = (unsigned{in[i]} << 16) | (unsigned{in[i + 1]} << 8) | in[i + 2];
-    *o++ = kAlphabet[v >> 18];
-    *o++ = kAlphabet[(v >> 12) & 63];
-    *o++ = kAlphabet[(v >> 6) & 63];
-    *o++ = kAlphabet[v & 63];
+    const uint16_t pairs[2] = {kPairs[v >> 12], kPairs[v & 4095]};
+    std::memcpy(o, pairs, 4);
+    o += 4;
   }
   if (i < n) {
     const bool two = i + 1 < n;

@@ -86,50 +86,57 @@ void expand_key(const uint8_t key_a[kBlockSize], const uint8_t key_b[kBlockSize]
   }
 }
 
-void encrypt_block(uint8_t x[kBlockSize], const Schedule schedule) {
+// The block is worked on in locals: through a byte pointer every store
+// could alias the schedule and the tables, forcing reloads.
+void encrypt_block(uint8_t block[kBlockSize], const Schedule schedule) {
   const int rounds = schedule_rounds(schedule);
   const uint8_t *k = schedule + 1;
+  uint8_t x0 = block[0], x1 = block[1], x2 = block[2], x3 = block[3];
+  uint8_t x4 = block[4], x5 = block[5], x6 = block[6], x7 = block[7];
   for (int i = 0; i < rounds; ++i, k += 2 * kBlockSize) {
     const uint8_t *l = k + kBlockSize;
-    x[0] ^= k[0]; x[1] = add(x[1], k[1]); x[2] = add(x[2], k[2]); x[3] ^= k[3];
-    x[4] ^= k[4]; x[5] = add(x[5], k[5]); x[6] = add(x[6], k[6]); x[7] ^= k[7];
-    x[0] = add(EXP[x[0]], l[0]); x[1] = LOG[x[1]] ^ l[1];
-    x[2] = LOG[x[2]] ^ l[2];     x[3] = add(EXP[x[3]], l[3]);
-    x[4] = add(EXP[x[4]], l[4]); x[5] = LOG[x[5]] ^ l[5];
-    x[6] = LOG[x[6]] ^ l[6];     x[7] = add(EXP[x[7]], l[7]);
-    pht(x[0], x[1]); pht(x[2], x[3]); pht(x[4], x[5]); pht(x[6], x[7]);
-    pht(x[0], x[2]); pht(x[4], x[6]); pht(x[1], x[3]); pht(x[5], x[7]);
-    pht(x[0], x[4]); pht(x[1], x[5]); pht(x[2], x[6]); pht(x[3], x[7]);
-    const uint8_t t = x[1];
-    x[1] = x[4]; x[4] = x[2]; x[2] = t;
-    const uint8_t u = x[3];
-    x[3] = x[5]; x[5] = x[6]; x[6] = u;
+    x0 ^= k[0]; x1 = add(x1, k[1]); x2 = add(x2, k[2]); x3 ^= k[3];
+    x4 ^= k[4]; x5 = add(x5, k[5]); x6 = add(x6, k[6]); x7 ^= k[7];
+    x0 = add(EXP[x0], l[0]); x1 = LOG[x1] ^ l[1];
+    x2 = LOG[x2] ^ l[2];     x3 = add(EXP[x3], l[3]);
+    x4 = add(EXP[x4], l[4]); x5 = LOG[x5] ^ l[5];
+    x6 = LOG[x6] ^ l[6];     x7 = add(EXP[x7], l[7]);
+    pht(x0, x1); pht(x2, x3); pht(x4, x5); pht(x6, x7);
+    pht(x0, x2); pht(x4, x6); pht(x1, x3); pht(x5, x7);
+    pht(x0, x4); pht(x1, x5); pht(x2, x6); pht(x3, x7);
+    // New x1..x6 are the old x4, x1, x5, x2, x6, x3.
+    const uint8_t t = x1;
+    x1 = x4; x4 = x2; x2 = t;
+    const uint8_t u = x3;
+    x3 = x5; x5 = x6; x6 = u;
   }
-  x[0] ^= k[0]; x[1] = add(x[1], k[1]); x[2] = add(x[2], k[2]); x[3] ^= k[3];
-  x[4] ^= k[4]; x[5] = add(x[5], k[5]); x[6] = add(x[6], k[6]); x[7] ^= k[7];
+  block[0] = x0 ^ k[0]; block[1] = add(x1, k[1]); block[2] = add(x2, k[2]); block[3] = x3 ^ k[3];
+  block[4] = x4 ^ k[4]; block[5] = add(x5, k[5]); block[6] = add(x6, k[6]); block[7] = x7 ^ k[7];
 }
 
-void decrypt_block(uint8_t x[kBlockSize], const Schedule schedule) {
+void decrypt_block(uint8_t block[kBlockSize], const Schedule schedule) {
   const int rounds = schedule_rounds(schedule);
   const uint8_t *k = schedule + 1 + kBlockSize * 2 * rounds;
-  x[0] ^= k[0]; x[1] = sub(x[1], k[1]); x[2] = sub(x[2], k[2]); x[3] ^= k[3];
-  x[4] ^= k[4]; x[5] = sub(x[5], k[5]); x[6] = sub(x[6], k[6]); x[7] ^= k[7];
+  uint8_t x0 = block[0] ^ k[0], x1 = sub(block[1], k[1]), x2 = sub(block[2], k[2]), x3 = block[3] ^ k[3];
+  uint8_t x4 = block[4] ^ k[4], x5 = sub(block[5], k[5]), x6 = sub(block[6], k[6]), x7 = block[7] ^ k[7];
   for (int i = rounds; i >= 1; --i) {
     k -= 2 * kBlockSize;
     const uint8_t *l = k + kBlockSize;
     // Undo the permutation: old x1 x2 x4 x3 x6 x5 become x4 x1 x2 x5 x3 x6.
-    const uint8_t o1 = x[1], o2 = x[2], o3 = x[3], o4 = x[4], o5 = x[5], o6 = x[6];
-    x[4] = o1; x[1] = o2; x[2] = o4; x[5] = o3; x[3] = o6; x[6] = o5;
-    ipht(x[0], x[4]); ipht(x[1], x[5]); ipht(x[2], x[6]); ipht(x[3], x[7]);
-    ipht(x[0], x[2]); ipht(x[4], x[6]); ipht(x[1], x[3]); ipht(x[5], x[7]);
-    ipht(x[0], x[1]); ipht(x[2], x[3]); ipht(x[4], x[5]); ipht(x[6], x[7]);
-    x[0] = LOG[sub(x[0], l[0])]; x[1] = EXP[x[1] ^ l[1]];
-    x[2] = EXP[x[2] ^ l[2]];     x[3] = LOG[sub(x[3], l[3])];
-    x[4] = LOG[sub(x[4], l[4])]; x[5] = EXP[x[5] ^ l[5]];
-    x[6] = EXP[x[6] ^ l[6]];     x[7] = LOG[sub(x[7], l[7])];
-    x[0] ^= k[0]; x[1] = sub(x[1], k[1]); x[2] = sub(x[2], k[2]); x[3] ^= k[3];
-    x[4] ^= k[4]; x[5] = sub(x[5], k[5]); x[6] = sub(x[6], k[6]); x[7] ^= k[7];
+    const uint8_t o1 = x1, o2 = x2, o3 = x3, o4 = x4, o5 = x5, o6 = x6;
+    x4 = o1; x1 = o2; x2 = o4; x5 = o3; x3 = o6; x6 = o5;
+    ipht(x0, x4); ipht(x1, x5); ipht(x2, x6); ipht(x3, x7);
+    ipht(x0, x2); ipht(x4, x6); ipht(x1, x3); ipht(x5, x7);
+    ipht(x0, x1); ipht(x2, x3); ipht(x4, x5); ipht(x6, x7);
+    x0 = LOG[sub(x0, l[0])]; x1 = EXP[x1 ^ l[1]];
+    x2 = EXP[x2 ^ l[2]];     x3 = LOG[sub(x3, l[3])];
+    x4 = LOG[sub(x4, l[4])]; x5 = EXP[x5 ^ l[5]];
+    x6 = EXP[x6 ^ l[6]];     x7 = LOG[sub(x7, l[7])];
+    x0 ^= k[0]; x1 = sub(x1, k[1]); x2 = sub(x2, k[2]); x3 ^= k[3];
+    x4 ^= k[4]; x5 = sub(x5, k[5]); x6 = sub(x6, k[6]); x7 ^= k[7];
   }
+  block[0] = x0; block[1] = x1; block[2] = x2; block[3] = x3;
+  block[4] = x4; block[5] = x5; block[6] = x6; block[7] = x7;
 }
 
 }  // namespace korutl::safer
