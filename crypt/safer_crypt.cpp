@@ -83,14 +83,13 @@ uint32_t encrypt_buffer(const uint8_t *in, uint32_t n, const safer::Schedule sch
 bool decrypt_buffer(const uint8_t *in, uint32_t n, const safer::Schedule schedule, uint8_t *plain,
                     uint32_t *length) {
   if (n == 0 || n % safer::kBlockSize != 0) return false;
-  uint8_t chain[safer::kBlockSize] = {};
-  for (uint32_t pos = 0; pos < n; pos += safer::kBlockSize) {
-    uint8_t block[safer::kBlockSize];
-    std::memcpy(block, in + pos, sizeof block);
-    safer::decrypt_block(block, schedule);
-    xor_block(block, chain);
-    std::memcpy(chain, in + pos, sizeof chain);
-    std::memcpy(plain + pos, block, sizeof block);
+  // Each block is decrypted in place and chained to the ciphertext block
+  // before it (the zero vector for the first).
+  std::memcpy(plain, in, n);
+  safer::decrypt_block(plain, schedule);
+  for (uint32_t pos = safer::kBlockSize; pos < n; pos += safer::kBlockSize) {
+    safer::decrypt_block(plain + pos, schedule);
+    xor_block(plain + pos, in + pos - safer::kBlockSize);
   }
   const uint8_t *length_block = plain + n - safer::kBlockSize;
   if ((length_block[0] & 7) != 0) return false;
