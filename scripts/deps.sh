@@ -7,6 +7,7 @@ packages=(
   libgtest-dev libgmock-dev libbenchmark-dev libcli11-dev
   libsqlite3-dev
   libicu-dev
+  libcrypto++-dev libssl-dev
 )
 missing=()
 for p in "${packages[@]}"; do

@@ -1,0 +1,145 @@
+// KORVOSaferCrypt: one buffer, SAFER in CBC mode with a zero vector, zero
+// padding and a trailing encrypted length block. Everything lives on the
+// call's stack, so calls share nothing and may run on any thread.
+#include <cstring>
+
+#include "crypt/safer_block.h"
+#include "korutl.h"
+
+namespace {
+
+namespace safer = korutl::safer;
+
+constexpr uint32_t kMaxInput = 8192;  // inputs of this size or more are refused
+constexpr uint32_t kMaxOutput = kMaxInput + safer::kBlockSize;
+
+struct ModeInfo {
+  bool decrypt;
+  bool strengthened;
+  int short_key_rounds;  // rounds for a key text of at most 8 characters
+};
+
+ModeInfo mode_info(int32_t mode) {
+  switch (mode) {
+    case 1: case 5: return {true, false, 6};
+    case 2: return {false, true, 8};
+    case 3: return {true, true, 8};
+    case 6: return {false, true, 6};
+    case 7: return {true, true, 6};
+    default: return {false, false, 6};
+  }
+}
+
+// Reads the key text as a base-95 number modulo 2^128 into 16 bytes, least
+// significant first (half 1 = bytes 0-7, half 2 = bytes 8-15). Returns the
+// number of characters read, or -1 when a character is not a key digit.
+int read_key_text(const char *text, uint8_t number[16]) {
+  std::memset(number, 0, 16);
+  int count = 0;
+  for (;; ++count) {
+    const int32_t digit = KORVOChar2Int(text[count]);
+    if (digit == KORVO_DIGIT_INVALID) return -1;
+    if (digit >= KORVO_DIGIT_END) return count;
+    unsigned carry = static_cast<unsigned>(digit);
+    for (int b = 0; b < 16; ++b) {
+      carry += number[b] * 95u;
+      number[b] = static_cast<uint8_t>(carry & 0xFF);
+      carry >>= 8;
+    }
+  }
+}
+
+inline void xor_block(uint8_t *dst, const uint8_t *src) {
+  for (int j = 0; j < safer::kBlockSize; ++j) dst[j] ^= src[j];
+}
+
+// CBC over the zero-padded input, then the length block. `out` holds
+// 8 * ceil(n / 8) + 8 bytes.
+uint32_t encrypt_buffer(const uint8_t *in, uint32_t n, const safer::Schedule schedule, uint8_t *out) {
+  uint8_t chain[safer::kBlockSize] = {};
+  uint32_t written = 0;
+  for (uint32_t pos = 0; pos < n; pos += safer::kBlockSize) {
+    uint8_t block[safer::kBlockSize] = {};
+    const uint32_t take = n - pos < 8 ? n - pos : 8;
+    std::memcpy(block, in + pos, take);
+    xor_block(block, chain);
+    safer::encrypt_block(block, schedule);
+    std::memcpy(chain, block, sizeof block);
+    std::memcpy(out + written, block, sizeof block);
+    written += safer::kBlockSize;
+  }
+  uint64_t bits = static_cast<uint64_t>(n) * 8;
+  uint8_t block[safer::kBlockSize];
+  for (int j = 0; j < safer::kBlockSize; ++j, bits >>= 8) block[j] = static_cast<uint8_t>(bits & 0xFF);
+  xor_block(block, chain);
+  safer::encrypt_block(block, schedule);
+  std::memcpy(out + written, block, sizeof block);
+  return written + safer::kBlockSize;
+}
+
+// Decrypts all blocks into `plain` (n bytes) and checks the length block.
+// Returns false when the ciphertext is malformed; `*length` is the
+// plaintext length otherwise.
+bool decrypt_buffer(const uint8_t *in, uint32_t n, const safer::Schedule schedule, uint8_t *plain,
+                    uint32_t *length) {
+  if (n == 0 || n % safer::kBlockSize != 0) return false;
+  // Each block is decrypted in place and chained to the ciphertext block
+  // before it (the zero vector for the first).
+  std::memcpy(plain, in, n);
+  safer::decrypt_block(plain, schedule);
+  for (uint32_t pos = safer::kBlockSize; pos < n; pos += safer::kBlockSize) {
+    safer::decrypt_block(plain + pos, schedule);
+    xor_block(plain + pos, in + pos - safer::kBlockSize);
+  }
+  const uint8_t *length_block = plain + n - safer::kBlockSize;
+  if ((length_block[0] & 7) != 0) return false;
+  // Bytes 7 down to 1 form bits 8 and up of the bit count; the count must
+  // stay below 2^35, so that number is at most 0x7FFFFFF.
+  uint64_t high = 0;
+  for (int j = 7; j >= 1; --j) high = (high << 8) | length_block[j];
+  if (high > 0x7FFFFFFu) return false;
+  const auto bytes = static_cast<uint32_t>(((high << 8) | length_block[0]) >> 3);
+  if (n == safer::kBlockSize) {
+    if (bytes != 0) return false;
+  } else if (!(n - 16 < bytes && bytes <= n - 8)) {
+    return false;
+  }
+  *length = bytes;
+  return true;
+}
+
+}  // namespace
+
+extern "C" {
+
+KORUTL_API int32_t KORVOSaferCrypt(int32_t mode, const uint8_t *input, uint32_t input_length,
+                                   uint8_t *output, uint32_t *output_length, const char *key_text) {
+  if (input_length >= kMaxInput) return 0;
+  if ((input == nullptr && input_length != 0) || output == nullptr || output_length == nullptr ||
+      key_text == nullptr) {
+    return 0;
+  }
+  uint8_t number[16];
+  const int key_chars = read_key_text(key_text, number);
+  if (key_chars < 0) return 0;
+
+  const ModeInfo info = mode_info(mode);
+  const bool long_key = key_chars >= 9;
+  const uint8_t *key_a = number;
+  const uint8_t *key_b = long_key ? number + 8 : number;
+  safer::Schedule schedule;
+  safer::expand_key(key_a, key_b, long_key ? 10 : info.short_key_rounds, info.strengthened, schedule);
+
+  uint8_t work[kMaxOutput];
+  uint32_t result_length = 0;
+  if (info.decrypt) {
+    if (!decrypt_buffer(input, input_length, schedule, work, &result_length)) return 0;
+  } else {
+    result_length = encrypt_buffer(input, input_length, schedule, work);
+  }
+  if (result_length != 0) std::memcpy(output, work, result_length);
+  *output_length = result_length;
+  return 1;
+}
+
+}  // extern "C"
