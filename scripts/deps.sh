@@ -6,6 +6,7 @@ packages=(
   cmake ninja-build g++ clang libclang-rt-14-dev pkg-config
   libgtest-dev libgmock-dev libbenchmark-dev libcli11-dev
   libsqlite3-dev
+  electric-fence
 )
 missing=()
 for p in "${packages[@]}"; do

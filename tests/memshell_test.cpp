@@ -13,6 +13,7 @@
 #include <thread>
 #include <vector>
 
+#include "tests/support/expect_fault.h"
 #include "korutl.h"
 
 namespace {
@@ -137,7 +138,7 @@ TEST_F(MemShellOn, ZeroSizesAndReallocEdges) {
 
 TEST_F(MemShellOn, WritesPastTheEndFault) {
   GTEST_FLAG_SET(death_test_style, "threadsafe");
-  EXPECT_EXIT(static_cast<volatile char *>(mmalloc(13, 1, "f"))[13] = 0, ::testing::KilledBySignal(SIGSEGV), "");
+  EXPECT_FAULT(static_cast<volatile char *>(mmalloc(13, 1, "f"))[13] = 0);
 }
 
 TEST_F(MemShellOn, DoubleFreeIsReportedAndHarmless) {

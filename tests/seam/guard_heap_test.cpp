@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "tests/support/expect_fault.h"
 #include "memshell/guard_heap.h"
 #include "memshell/memory_table.h"
 #include "memshell/shell.h"
@@ -85,11 +86,11 @@ TEST_P(GuardHeapDeath, PastTheEndAndAfterFreeFault) {
   auto *user = static_cast<volatile unsigned char *>(nmalloc(n));
   ASSERT_NE(user, nullptr);
   user[n - 1] = 1;  // the last byte is the block's own
-  EXPECT_EXIT((void)user[n], ::testing::KilledBySignal(SIGSEGV), "");
-  EXPECT_EXIT(user[n] = 1, ::testing::KilledBySignal(SIGSEGV), "");
+  EXPECT_FAULT((void)user[n]);
+  EXPECT_FAULT(user[n] = 1);
   nfree(const_cast<unsigned char *>(user));
-  EXPECT_EXIT((void)user[0], ::testing::KilledBySignal(SIGSEGV), "");
-  EXPECT_EXIT(user[n - 1] = 1, ::testing::KilledBySignal(SIGSEGV), "");
+  EXPECT_FAULT((void)user[0]);
+  EXPECT_FAULT(user[n - 1] = 1);
 }
 
 std::vector<uint32_t> death_sizes() {

@@ -10,6 +10,7 @@
 #include <thread>
 #include <vector>
 
+#include "tests/support/expect_fault.h"
 #include "platform/win32.h"
 
 namespace {
@@ -112,7 +113,7 @@ TEST(Win32Memory, DecommittedPagesFault) {
   ASSERT_NE(base, nullptr);
   base[0] = 1;
   ASSERT_TRUE(VirtualFree(const_cast<char *>(base), p, MEM_DECOMMIT));
-  EXPECT_EXIT(base[1] = 2, ::testing::KilledBySignal(SIGSEGV), "");
+  EXPECT_FAULT(base[1] = 2);
 }
 
 TEST(Win32Box, AnswersFromTheEnvironment) {
