@@ -80,10 +80,10 @@ void BM_MmapFloorPairs(benchmark::State &state) {
 BENCHMARK(BM_MmapFloorPairs);
 
 #if defined(KORUTL_BENCH_HAVE_EFENCE)
-using MallocFn = void *(*)(size_t);
+using MemalignFn = void *(*)(size_t, size_t);
 using FreeFn = void (*)(void *);
 struct Efence {
-  MallocFn allocate = nullptr;
+  MemalignFn allocate = nullptr;
   FreeFn release = nullptr;
 };
 Efence &efence() {
@@ -91,7 +91,9 @@ Efence &efence() {
     Efence loaded;
     void *handle = dlopen(KORUTL_BENCH_EFENCE_LIBRARY, RTLD_NOW | RTLD_LOCAL);
     if (handle != nullptr) {
-      loaded.allocate = reinterpret_cast<MallocFn>(dlsym(handle, "malloc"));
+      // Its malloc calls memalign through the global scope, which is the
+      // standard heap's here; its own memalign is what does the work.
+      loaded.allocate = reinterpret_cast<MemalignFn>(dlsym(handle, "memalign"));
       loaded.release = reinterpret_cast<FreeFn>(dlsym(handle, "free"));
     }
     return loaded;
@@ -104,7 +106,7 @@ void BM_EfencePairs(benchmark::State &state) {
     state.SkipWithError("guard-page peer not loadable");
     return;
   }
-  run_pairs(state, [](uint32_t n) { return efence().allocate(n); }, [](void *p) { efence().release(p); });
+  run_pairs(state, [](uint32_t n) { return efence().allocate(sizeof(int), n); }, [](void *p) { efence().release(p); });
 }
 BENCHMARK(BM_EfencePairs);
 #endif
