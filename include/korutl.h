@@ -705,7 +705,86 @@ KORUTL_API void KORVOCSPrepareBinaryBuffer(int32_t mode, const void *input, int3
 
 /* ------------------------------------------------------------------------
  * Memory shell
+ *
+ * A debugging allocator for client programs. With the shell on, every block
+ * lies on pages of its own, its last byte right before an inaccessible
+ * guard page, so reading or writing past its end faults at once; a freed
+ * block's pages become inaccessible and its addresses are never handed out
+ * again. Every block is listed with the caller's line and file (the part
+ * after the last backslash) until it is freed, and KORVOPrintMemoryTable
+ * reports the list. With the shell off the four functions are malloc,
+ * calloc, realloc and free.
+ *
+ * The mode is fixed at the first call of any of these functions: the
+ * library's build setting (off unless built with KORUTL_MEMORY_SHELL_ON),
+ * turned off when the environment variable KORVO_MEMORY_SHELL is exactly
+ * "0". That first call must complete before other threads call the shell;
+ * afterwards any thread may call it.
+ *
+ * Heap errors (freeing or reallocating a pointer that is not a live block
+ * of the shell, e.g. a second free) leave everything as it was and show a
+ * box on standard error, "DbgHeap" / "Heap-Fehler: ...\nActivate
+ * breakpoint?". It is answered from KORVO_MESSAGEBOX_ANSWER ("yes" or "no";
+ * otherwise a terminal on standard input is asked, and without one the
+ * answer is no); "yes" raises SIGTRAP.
+ *
+ * Blocks of these functions go back only through mrealloc and mfree, never
+ * through free, and vice versa.
  * ------------------------------------------------------------------------ */
+
+/* A block of size bytes (shell on: size 0 gives a 1-byte block, listed with
+ * size 0; its contents are 0xAA bytes). line and file name the caller's
+ * source position; file may be null (listed as empty), longer paths are cut
+ * at 199 characters and names at 99. Null when no memory or when the block's
+ * region would exceed 4 GiB. */
+KORUTL_API void *mmalloc(uint32_t size, int32_t line, const char *file);
+
+/* A zero-filled block of count * size bytes, else as mmalloc. A product
+ * count * size that does not fit in 32 bits is refused with null (in both
+ * modes). */
+KORUTL_API void *mcalloc(uint32_t count, uint32_t size, int32_t line, const char *file);
+
+/* Resizes block (null or a block of these functions) to size bytes, keeping
+ * the first min(old, new) bytes; the result is a new block and block is
+ * freed. Size 0 frees block and gives null (shell on; with block null it
+ * gives a 1-byte block). When the new block cannot be had, null comes back
+ * and block stays valid and listed. */
+KORUTL_API void *mrealloc(void *block, uint32_t size, int32_t line, const char *file);
+
+/* Frees block (null does nothing). */
+KORUTL_API void mfree(void *block);
+
+/* Shell on: opens path for writing (created or truncated) and sends the
+ * report there; a log already open is left open and no longer used. When
+ * path cannot be opened the report goes to standard output. Shell off:
+ * nothing. */
+KORUTL_API void KORVOOpenMemoryLogFile(const char *path);
+
+/* Shell on: closes the log file, if any; the report goes to standard output
+ * again. Shell off: nothing. */
+KORUTL_API void KORVOCloseMemoryLogFile(void);
+
+/* Writes the report titled title (null as empty) to the log file or
+ * standard output and returns the number of blocks listed. Shell on: a
+ * framed title, one line per listed block, oldest first,
+ *   "Addr:%8x Size:%6u Line:%4d File : %s"
+ * where the address column is the low 32 bits of the block's address in
+ * lower-case hexadecimal padded with blanks to 8, then the item and byte
+ * totals (current, cumulative, maximum; 32-bit, wrapping; a 0-byte mmalloc
+ * counts 1 byte). Shell off: "\n*** Memory shell turned off ***\n", result 0. */
+KORUTL_API uint32_t KORVOPrintMemoryTable(const char *title);
+
+/* Semaphore stubs: take any arguments, ignore them, do nothing, return 1. */
+#ifdef __cplusplus
+#define KORUTL_ANY_ARGUMENTS ...
+#else
+#define KORUTL_ANY_ARGUMENTS
+#endif
+KORUTL_API int32_t KORVOCreateSemaphore(KORUTL_ANY_ARGUMENTS);
+KORUTL_API int32_t KORVODeleteSemaphore(KORUTL_ANY_ARGUMENTS);
+KORUTL_API int32_t KORVOInitSemaphore(KORUTL_ANY_ARGUMENTS);
+KORUTL_API int32_t KORVOSemaphore_P(KORUTL_ANY_ARGUMENTS);
+KORUTL_API int32_t KORVOSemaphore_V(KORUTL_ANY_ARGUMENTS);
 
 #ifdef __cplusplus
 }

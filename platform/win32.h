@@ -13,6 +13,8 @@
 #include <cstddef>
 #include <cstdint>
 
+#include <pthread.h>
+
 // Win32 base types with their Windows widths.
 using BOOL = int;
 using BYTE = uint8_t;
@@ -97,7 +99,85 @@ LONG RegCloseKey(HKEY hKey);
 
 // ---- Memory and error box (platform/win32_memory.cpp) ---------------------
 
+struct SYSTEM_INFO {
+  WORD wProcessorArchitecture;
+  WORD wReserved;
+  DWORD dwPageSize;
+  LPVOID lpMinimumApplicationAddress;
+  LPVOID lpMaximumApplicationAddress;
+  DWORD_PTR dwActiveProcessorMask;
+  DWORD dwNumberOfProcessors;
+  DWORD dwProcessorType;
+  DWORD dwAllocationGranularity;
+  WORD wProcessorLevel;
+  WORD wProcessorRevision;
+};
+using LPSYSTEM_INFO = SYSTEM_INFO *;
+
+struct MEMORY_BASIC_INFORMATION {
+  LPVOID BaseAddress;
+  LPVOID AllocationBase;
+  DWORD AllocationProtect;
+  SIZE_T RegionSize;
+  DWORD State;
+  DWORD Protect;
+  DWORD Type;
+};
+using PMEMORY_BASIC_INFORMATION = MEMORY_BASIC_INFORMATION *;
+
+constexpr DWORD MEM_COMMIT = 0x1000;
+constexpr DWORD MEM_RESERVE = 0x2000;
+constexpr DWORD MEM_DECOMMIT = 0x4000;
+constexpr DWORD MEM_RELEASE = 0x8000;
+constexpr DWORD MEM_FREE = 0x10000;
+constexpr DWORD MEM_PRIVATE = 0x20000;
+constexpr DWORD PAGE_NOACCESS = 0x01;
+constexpr DWORD PAGE_READONLY = 0x02;
+constexpr DWORD PAGE_READWRITE = 0x04;
+constexpr UINT MB_OK = 0x0;
+constexpr UINT MB_YESNO = 0x4;
+constexpr int IDOK = 1;
+constexpr int IDYES = 6;
+constexpr int IDNO = 7;
+
+void GetSystemInfo(LPSYSTEM_INFO info);
+
+// Address space comes from large reserved arenas, carved front to back and
+// never handed out twice, so released ranges merge into one PROT_NONE
+// mapping with their neighbours and a program with many short-lived regions
+// stays far below the kernel's mapping limit. Only a null address is
+// supported (the system chooses); MEM_RESERVE alone gives reserved pages.
+LPVOID VirtualAlloc(LPVOID address, SIZE_T size, DWORD allocation_type, DWORD protect);
+// Pages of one region only; PAGE_NOACCESS, PAGE_READONLY, PAGE_READWRITE.
+BOOL VirtualProtect(LPVOID address, SIZE_T size, DWORD new_protect, DWORD *old_protect);
+// Answers from the seam's own region table and never reads the memory
+// asked about, so any address (unmapped, on the stack, freed) is safe.
+SIZE_T VirtualQuery(LPCVOID address, PMEMORY_BASIC_INFORMATION info, SIZE_T length);
+// MEM_DECOMMIT of pages of one region, or MEM_RELEASE (size 0) of a whole
+// region. Either way the addresses stay reserved and every access faults.
+BOOL VirtualFree(LPVOID address, SIZE_T size, DWORD free_type);
+
+// Writes caption and text to standard error. The answer comes from
+// KORVO_MESSAGEBOX_ANSWER ("yes" or "no"); when that is unset or holds
+// anything else, a terminal on standard input is asked, and without one the
+// answer is no.
+int MessageBoxA(HWND owner, LPCSTR text, LPCSTR caption, UINT type);
+// Raises SIGTRAP.
+void DebugBreak();
+
 // ---- Critical sections (platform/win32_sync.cpp) --------------------------
+
+// Recursive, as a Windows critical section is: the owning thread may enter
+// again and must leave as often.
+struct CRITICAL_SECTION {
+  pthread_mutex_t mutex;
+};
+using LPCRITICAL_SECTION = CRITICAL_SECTION *;
+
+void InitializeCriticalSection(LPCRITICAL_SECTION section);
+void EnterCriticalSection(LPCRITICAL_SECTION section);
+void LeaveCriticalSection(LPCRITICAL_SECTION section);
+void DeleteCriticalSection(LPCRITICAL_SECTION section);
 
 #endif  // !_WIN32
 #endif  // KORUTL_PLATFORM_WIN32_H

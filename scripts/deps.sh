@@ -8,6 +8,7 @@ packages=(
   libsqlite3-dev
   libicu-dev
   libcrypto++-dev libssl-dev
+  electric-fence
 )
 missing=()
 for p in "${packages[@]}"; do

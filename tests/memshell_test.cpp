@@ -1,0 +1,196 @@
+// The memory shell through the public interface. Which tests run depends on
+// the mode: a default build tests the off mode, the shell-on build the on
+// mode; ctest also runs the mode test under several KORVO_MEMORY_SHELL values.
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <fstream>
+#include <sstream>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "tests/support/expect_fault.h"
+#include "korutl.h"
+
+namespace {
+
+const char kOffText[] = "\n*** Memory shell turned off ***\n";
+
+std::string report(const char *title, uint32_t *listed = nullptr) {
+  testing::internal::CaptureStdout();
+  uint32_t n = KORVOPrintMemoryTable(title);
+  if (listed != nullptr) *listed = n;
+  return testing::internal::GetCapturedStdout();
+}
+
+bool shell_on() { return report("probe") != kOffText; }
+
+// Reads one total, e.g. the third number of the "items:" line.
+unsigned long total(const std::string &text, const char *line, int column) {
+  std::istringstream in(text.substr(text.find(line) + std::strlen(line)));
+  unsigned long value = 0;
+  for (int i = 0; i <= column; ++i) in >> value;
+  return value;
+}
+
+TEST(MemShellMode, FollowsBuildSettingAndEnvironment) {
+  const char *value = std::getenv("KORVO_MEMORY_SHELL");
+  const bool expected = (value != nullptr && std::strcmp(value, "0") == 0) ? false : KORUTL_MEMORY_SHELL_DEFAULT_ON;
+  EXPECT_EQ(shell_on(), expected) << "KORVO_MEMORY_SHELL=" << (value != nullptr ? value : "(unset)");
+}
+
+TEST(MemShell, SemaphoreStubsSucceedWhateverTheyAreGiven) {
+  EXPECT_EQ(KORVOCreateSemaphore(), 1);
+  EXPECT_EQ(KORVODeleteSemaphore(nullptr, 5), 1);
+  EXPECT_EQ(KORVOInitSemaphore("x"), 1);
+  EXPECT_EQ(KORVOSemaphore_P(1, 2, 3), 1);
+  EXPECT_EQ(KORVOSemaphore_V(), 1);
+}
+
+TEST(MemShell, CallocProductBeyond32BitsIsRefused) {
+  EXPECT_EQ(mcalloc(0x10000, 0x10000, 1, "f"), nullptr);
+  EXPECT_EQ(mcalloc(UINT32_MAX, 2, 1, "f"), nullptr);
+  void *none = mcalloc(0, UINT32_MAX, 1, "f");  // 0 stays 0
+  mfree(none);
+}
+
+TEST(MemShellOff, BehavesAsTheStandardHeap) {
+  if (shell_on()) GTEST_SKIP() << "shell on in this build";
+  uint32_t listed = 99;
+  EXPECT_EQ(report("t", &listed), kOffText);
+  EXPECT_EQ(listed, 0u);
+  const std::string path = testing::TempDir() + "memshell_off.log";
+  std::remove(path.c_str());
+  KORVOOpenMemoryLogFile(path.c_str());
+  EXPECT_NE(access(path.c_str(), F_OK), 0);
+  KORVOCloseMemoryLogFile();
+  auto *p = static_cast<char *>(mmalloc(10, 1, "f"));
+  ASSERT_NE(p, nullptr);
+  std::memcpy(p, "abcdefghij", 10);
+  p = static_cast<char *>(mrealloc(p, 20, 2, "f"));
+  ASSERT_NE(p, nullptr);
+  EXPECT_EQ(std::memcmp(p, "abcdefghij", 10), 0);
+  mfree(p);
+  auto *z = static_cast<unsigned char *>(mcalloc(3, 4, 3, "f"));
+  ASSERT_NE(z, nullptr);
+  for (int i = 0; i < 12; ++i) EXPECT_EQ(z[i], 0);
+  mfree(z);
+  mfree(nullptr);
+}
+
+class MemShellOn : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    if (!shell_on()) GTEST_SKIP() << "shell off in this build";
+    setenv("KORVO_MESSAGEBOX_ANSWER", "no", 1);
+  }
+};
+
+// Earlier tests of the process may have moved the totals, so this one
+// compares differences.
+TEST_F(MemShellOn, ListsAndCountsBlocks) {
+  const std::string start = report("start");
+  void *alpha = mmalloc(100, 12, "..\\src\\alpha.x");
+  void *beta = mmalloc(7, 40, "beta.x");
+  uint32_t listed = 0;
+  std::string text = report("two", &listed);
+  EXPECT_EQ(listed, 2u);
+  const size_t a = text.find("Size:   100 Line:  12 File : alpha.x\n");
+  const size_t b = text.find("Size:     7 Line:  40 File : beta.x\n");
+  ASSERT_NE(a, std::string::npos) << text;
+  ASSERT_NE(b, std::string::npos) << text;
+  EXPECT_LT(a, b);
+  mfree(alpha);
+  text = report("one", &listed);
+  EXPECT_EQ(listed, 1u);
+  EXPECT_EQ(text.find("alpha.x"), std::string::npos);
+  EXPECT_EQ(total(text, "items:", 0), 1u);
+  EXPECT_EQ(total(text, "bytes:", 0), 7u);
+  EXPECT_EQ(total(text, "items:", 1) - total(start, "items:", 1), 2u);
+  EXPECT_EQ(total(text, "bytes:", 1) - total(start, "bytes:", 1), 107u);
+  mfree(beta);
+  mfree(nullptr);
+  EXPECT_EQ(total(report("none"), "items:", 1), total(text, "items:", 1));
+}
+
+TEST_F(MemShellOn, ZeroSizesAndReallocEdges) {
+  const std::string start = report("start");
+  void *zero = mmalloc(0, 1, "z");
+  void *none = mcalloc(0, 5, 2, "c");
+  std::string text = report("zeros");
+  EXPECT_NE(text.find("Size:     0 Line:   1 File : z\n"), std::string::npos);
+  EXPECT_NE(text.find("Size:     0 Line:   2 File : c\n"), std::string::npos);
+  EXPECT_EQ(total(text, "bytes:", 0) - total(start, "bytes:", 0), 1u);
+  EXPECT_EQ(total(text, "items:", 0) - total(start, "items:", 0), 2u);
+  EXPECT_EQ(mrealloc(zero, 0, 3, "r"), nullptr);
+  uint32_t listed = 0;
+  report("after", &listed);
+  EXPECT_EQ(listed, 1u);
+  void *fresh = mrealloc(nullptr, 9, 4, "r");
+  EXPECT_NE(report("fresh").find("Size:     9 Line:   4 File : r\n"), std::string::npos);
+  mfree(fresh);
+  mfree(none);
+}
+
+TEST_F(MemShellOn, WritesPastTheEndFault) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  EXPECT_FAULT(static_cast<volatile char *>(mmalloc(13, 1, "f"))[13] = 0);
+}
+
+TEST_F(MemShellOn, DoubleFreeIsReportedAndHarmless) {
+  void *p = mmalloc(5, 1, "f");
+  mfree(p);
+  const std::string before = report("before");
+  testing::internal::CaptureStderr();
+  mfree(p);
+  EXPECT_NE(testing::internal::GetCapturedStderr().find("Missmatched memory block on nfree()!"), std::string::npos);
+  EXPECT_EQ(report("before"), before);
+}
+
+TEST_F(MemShellOn, LogFileReceivesTheReport) {
+  const std::string path = testing::TempDir() + "memshell_on.log";
+  KORVOOpenMemoryLogFile(path.c_str());
+  void *p = mmalloc(3, 77, "logged.c");
+  EXPECT_EQ(report("to the log"), "");
+  KORVOCloseMemoryLogFile();
+  mfree(p);
+  std::ifstream in(path);
+  std::string text((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+  EXPECT_NE(text.find("Memory table: to the log"), std::string::npos);
+  EXPECT_NE(text.find("Line:  77 File : logged.c"), std::string::npos);
+  std::remove(path.c_str());
+  KORVOOpenMemoryLogFile("/nonexistent-dir/x.log");  // unopened: standard output again
+  EXPECT_NE(report("back").find("Memory table: back"), std::string::npos);
+}
+
+TEST_F(MemShellOn, ThreadsAgreeWithTableAndTotals) {
+  const std::string start = report("start");
+  std::vector<std::thread> threads;
+  for (int t = 0; t < 4; ++t)
+    threads.emplace_back([t] {
+      std::vector<void *> mine;
+      for (int i = 0; i < 300; ++i) {
+        void *p = mmalloc(1 + (i * 7 + t) % 100, i, "thread.c");
+        if (i % 3 == 0) p = mrealloc(p, 50, i, "thread.c");
+        mine.push_back(p);
+        if (i % 2 == 1) {
+          mfree(mine.front());
+          mine.erase(mine.begin());
+        }
+      }
+      for (void *p : mine) mfree(p);
+    });
+  for (auto &t : threads) t.join();
+  uint32_t listed = 0;
+  const std::string end = report("end", &listed);
+  EXPECT_EQ(listed, total(end, "items:", 0));
+  EXPECT_EQ(total(end, "items:", 0), total(start, "items:", 0));
+  EXPECT_EQ(total(end, "bytes:", 0), total(start, "bytes:", 0));
+  EXPECT_EQ(total(end, "items:", 1) - total(start, "items:", 1), 4u * (300 + 100));
+}
+
+}  // namespace

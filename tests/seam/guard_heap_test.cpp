@@ -1,0 +1,278 @@
+// The guard-page heap and the memory table, on the library's internal
+// objects, so they are tested whatever the build's initial mode.
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <cstdlib>
+#include <cstring>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "tests/support/expect_fault.h"
+#include "memshell/guard_heap.h"
+#include "memshell/memory_table.h"
+#include "memshell/shell.h"
+#include "platform/win32.h"
+
+using namespace korutl::memshell;
+
+namespace {
+
+bool operator==(const Totals &a, const Totals &b) { return std::memcmp(&a, &b, sizeof a) == 0; }
+
+class GuardHeap : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    memshell_init();
+    setenv("KORVO_MESSAGEBOX_ANSWER", "no", 1);
+  }
+  static uint32_t page() { return heap_page_size(); }
+  static const unsigned char *base_of(const void *user) {
+    BlockHeader h;
+    EXPECT_TRUE(nblock_find(user, &h));
+    return static_cast<const unsigned char *>(h.region_base);
+  }
+};
+
+// Offsets from the region base, computed for this system's page size.
+TEST_F(GuardHeap, LayoutFollowsThePageSize) {
+  const uint32_t P = page();
+  struct Case {
+    uint32_t request;
+    bool zeroed;
+    uint32_t n;  // the size the heap records
+  } cases[] = {
+      {1, false, 1}, {0, false, 1}, {4, false, 4}, {7, false, 7}, {8, false, 8},
+      {P - kHeaderSlot, false, P - kHeaderSlot},           // one data page, header at 0
+      {P - kHeaderSlot + 1, false, P - kHeaderSlot + 1},   // the first that needs two
+      {3 * P, false, 3 * P}, {0, true, 0}, {5, true, 5},
+  };
+  for (const Case &c : cases) {
+    SCOPED_TRACE(testing::Message() << "request " << c.request << (c.zeroed ? " zeroed" : ""));
+    auto *user = static_cast<unsigned char *>(c.zeroed ? ncalloc(1, c.request) : nmalloc(c.request));
+    ASSERT_NE(user, nullptr);
+    const uint32_t data_pages = (c.n + kHeaderSlot + P - 1) / P;
+    const unsigned char *base = base_of(user);
+    const size_t user_offset = size_t{data_pages} * P - c.n;
+    const size_t header_offset = (user_offset - kHeaderBytes) & ~size_t{3};
+    EXPECT_EQ(static_cast<size_t>(user - base), user_offset);
+    EXPECT_EQ(reinterpret_cast<uintptr_t>(user) % 8, c.n % 8 == 0 ? 0u : reinterpret_cast<uintptr_t>(user) % 8);
+    BlockHeader h;
+    ASSERT_TRUE(nblock_find(user, &h));
+    EXPECT_EQ(h.size, c.n);
+    EXPECT_EQ(h.page_count, data_pages + 1);
+    EXPECT_EQ(h.magic, kBlockMagic);
+    uint32_t magic;
+    std::memcpy(&magic, base + header_offset + 16, 4);
+    EXPECT_EQ(magic, kBlockMagic);
+    for (size_t i = 0; i < header_offset; ++i) ASSERT_EQ(base[i], 0xAA) << i;
+    for (size_t i = header_offset + kHeaderBytes; i < user_offset; ++i) ASSERT_EQ(base[i], 0xAA) << i;
+    for (size_t i = 0; i < c.n; ++i) ASSERT_EQ(user[i], c.zeroed ? 0x00 : 0xAA) << i;
+    MEMORY_BASIC_INFORMATION info;
+    VirtualQuery(base + size_t{data_pages} * P, &info, sizeof info);
+    EXPECT_EQ(info.Protect, PAGE_NOACCESS);
+    EXPECT_EQ(info.State, MEM_COMMIT);
+    nfree(user);
+  }
+}
+
+class GuardHeapDeath : public GuardHeap, public ::testing::WithParamInterface<uint32_t> {};
+
+TEST_P(GuardHeapDeath, PastTheEndAndAfterFreeFault) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  const uint32_t n = GetParam();
+  auto *user = static_cast<volatile unsigned char *>(nmalloc(n));
+  ASSERT_NE(user, nullptr);
+  user[n - 1] = 1;  // the last byte is the block's own
+  EXPECT_FAULT((void)user[n]);
+  EXPECT_FAULT(user[n] = 1);
+  nfree(const_cast<unsigned char *>(user));
+  EXPECT_FAULT((void)user[0]);
+  EXPECT_FAULT(user[n - 1] = 1);
+}
+
+std::vector<uint32_t> death_sizes() {
+  std::vector<uint32_t> sizes{1, 4, 4077, 4078};
+  std::mt19937 random(20261123);
+  for (int i = 0; i < 3; ++i) sizes.push_back(1 + random() % 70000);
+  return sizes;
+}
+INSTANTIATE_TEST_SUITE_P(Sizes, GuardHeapDeath, ::testing::ValuesIn(death_sizes()));
+
+TEST_F(GuardHeap, MismatchedPointersAreReportedAndChangeNothing) {
+  void *block = nmalloc(40);
+  ASSERT_NE(block, nullptr);
+  void *from_malloc = std::malloc(64);
+  int on_stack = 0;
+  void *freed = nmalloc(8);
+  nfree(freed);
+  const Totals before = totals_snapshot();
+  std::vector<void *> strays{
+      freed,
+      from_malloc,
+      static_cast<char *>(block) + 20,
+      &on_stack,
+      static_cast<char *>(block) + 40 + 17,  // its header would lie in the guard page
+      reinterpret_cast<void *>(uintptr_t{8}),
+  };
+  for (void *stray : strays) {
+    testing::internal::CaptureStderr();
+    nfree(stray);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              "DbgHeap\nHeap-Fehler: Missmatched memory block on nfree()!\nActivate breakpoint?\n");
+    EXPECT_TRUE(totals_snapshot() == before);
+  }
+  // The live block survived all of it.
+  static_cast<char *>(block)[39] = 1;
+  std::free(from_malloc);
+  nfree(block);
+}
+
+TEST_F(GuardHeap, MismatchAnsweredYesBreaks) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  int on_stack = 0;
+  EXPECT_EXIT((setenv("KORVO_MESSAGEBOX_ANSWER", "yes", 1), nfree(&on_stack)),
+              ::testing::KilledBySignal(SIGTRAP), "Activate breakpoint");
+}
+
+TEST_F(GuardHeap, TotalsFollowAllocationsAndReleases) {
+  const Totals before = totals_snapshot();
+  void *a = nmalloc(0);
+  void *b = ncalloc(0, 5);
+  Totals mid = totals_snapshot();
+  EXPECT_EQ(mid.current_bytes - before.current_bytes, 1u);  // 0 through nmalloc counts 1
+  EXPECT_EQ(mid.current_items - before.current_items, 2u);
+  EXPECT_EQ(mid.all_items - before.all_items, 2u);
+  EXPECT_GE(mid.maximum_items, mid.current_items);
+  nfree(a);
+  nfree(b);
+  Totals after = totals_snapshot();
+  EXPECT_EQ(after.current_bytes, before.current_bytes);
+  EXPECT_EQ(after.current_items, before.current_items);
+  EXPECT_EQ(after.all_bytes - before.all_bytes, 1u);
+}
+
+TEST_F(GuardHeap, RefusesRegionsBeyond32Bits) {
+  const Totals before = totals_snapshot();
+  EXPECT_EQ(nmalloc(UINT32_MAX), nullptr);
+  EXPECT_EQ(nmalloc(UINT32_MAX - page()), nullptr);
+  EXPECT_EQ(ncalloc(1, UINT32_MAX - kHeaderSlot + 1), nullptr);
+  EXPECT_TRUE(totals_snapshot() == before);
+}
+
+TEST_F(GuardHeap, ReallocCopiesTheSmallerSize) {
+  auto *ten = static_cast<unsigned char *>(nmalloc(10));
+  std::memcpy(ten, "0123456789", 10);
+  auto *four = static_cast<unsigned char *>(nrealloc(ten, 4));
+  ASSERT_NE(four, nullptr);
+  EXPECT_EQ(std::memcmp(four, "0123", 4), 0);
+  auto *again = static_cast<unsigned char *>(nrealloc(four, 10));
+  EXPECT_EQ(std::memcmp(again, "0123\xAA\xAA\xAA\xAA\xAA\xAA", 10), 0);
+  BlockHeader h;
+  EXPECT_FALSE(nblock_find(four, &h));  // the old block is gone
+  EXPECT_EQ(nrealloc(again, 0), nullptr);
+  EXPECT_FALSE(nblock_find(again, &h));
+}
+
+TEST_F(GuardHeap, ReallocOfAStrayShowsTwoBoxes) {
+  int on_stack = 7;
+  testing::internal::CaptureStderr();
+  void *fresh = nrealloc(&on_stack, 4);
+  const std::string err = testing::internal::GetCapturedStderr();
+  ASSERT_NE(fresh, nullptr);
+  EXPECT_NE(err.find("on nrealloc()!"), std::string::npos);
+  EXPECT_NE(err.find("on nfree()!"), std::string::npos);
+  EXPECT_EQ(static_cast<unsigned char *>(fresh)[0], 0xAA);  // nothing copied
+  nfree(fresh);
+}
+
+// A program's life: a million blocks, up to 10,000 live at once. Without
+// merging of released ranges this runs out of kernel mappings.
+TEST_F(GuardHeap, MillionBlocksOutliveTheMappingLimit) {
+  constexpr size_t kLive = 10000;
+  constexpr size_t kTotal = 1000000;
+  std::vector<void *> live(kLive, nullptr);
+  std::mt19937 random(9);
+  for (size_t i = 0; i < kTotal; ++i) {
+    void *&slot = live[i % kLive];
+    if (slot != nullptr) nfree(slot);
+    slot = nmalloc(1 + random() % 200);
+    ASSERT_NE(slot, nullptr) << "allocation " << i;
+  }
+  for (void *p : live) nfree(p);
+}
+
+// The report, byte for byte, in a fresh process so the totals are known.
+TEST(MemoryTableReport, KnownSequence) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  auto run = [] {
+    memshell_init();
+    void *alpha = nmalloc(100);
+    memtab_add(alpha, 100, 12, "..\\src\\alpha.x");
+    void *beta = nmalloc(7);
+    memtab_add(beta, 7, 40, "beta.x");
+    void *zero = nmalloc(0);
+    memtab_add(zero, 0, -3, "dir/with/slashes\\");
+    nfree(alpha);
+    memtab_remove(alpha);
+    testing::internal::CaptureStdout();
+    const uint32_t listed = memtab_print("a title that is longer than thirty-five characters");
+    const std::string text = testing::internal::GetCapturedStdout();
+    auto addr = [](void *p) {
+      char buffer[16];
+      std::snprintf(buffer, sizeof buffer, "%8x", static_cast<unsigned>(reinterpret_cast<uintptr_t>(p)));
+      return std::string(buffer);
+    };
+    const std::string expected =
+        "\n=========================================================\n"
+        "I     Memory table: a title that is longer than thirty-five characters I\n"
+        "=========================================================\n"
+        "Addr:" + addr(beta) + " Size:     7 Line:  40 File : beta.x\n"
+        "Addr:" + addr(zero) + " Size:     0 Line:  -3 File : \n"
+        "No. of curr./all/max allocated items:             2             3             3\n"
+        "No. of curr./all/max allocated bytes:             8           108           108\n"
+        "\n";
+    nfree(beta);
+    memtab_remove(beta);
+    nfree(zero);
+    memtab_remove(zero);
+    testing::internal::CaptureStdout();
+    const uint32_t empty = memtab_print("");
+    const std::string empty_text = testing::internal::GetCapturedStdout();
+    const std::string empty_expected =
+        "\n=========================================================\n"
+        "I     Memory table:                                     I\n"
+        "=========================================================\n"
+        "*** Memory table empty ***\n"
+        "No. of curr./all/max allocated items:             0             3             3\n"
+        "No. of curr./all/max allocated bytes:             0           108           108\n"
+        "\n";
+    if (listed != 2 || text != expected || empty != 0 || empty_text != empty_expected) {
+      std::fprintf(stderr, "got:%s\nexpected:%s\n", (text + empty_text).c_str(), (expected + empty_expected).c_str());
+      std::_Exit(1);
+    }
+    std::_Exit(0);
+  };
+  EXPECT_EXIT(run(), ::testing::ExitedWithCode(0), "");
+}
+
+TEST(MemoryTable, LongNamesAreCutAndNullIsEmpty) {
+  memshell_init();
+  const std::string long_name(300, 'p');
+  int a = 0, b = 0;
+  memtab_add(&a, 1, 1, ("x\\" + long_name).c_str());
+  memtab_add(&b, 2, 2, nullptr);
+  testing::internal::CaptureStdout();
+  memtab_print("names");
+  const std::string text = testing::internal::GetCapturedStdout();
+  memtab_remove(&a);
+  memtab_remove(&b);
+  memtab_remove(nullptr);
+  // The path is cut to 199 characters, its base name to 99.
+  EXPECT_NE(text.find("File : " + std::string(99, 'p') + "\n"), std::string::npos) << text;
+  EXPECT_NE(text.find("Line:   2 File : \n"), std::string::npos) << text;
+}
+
+}  // namespace

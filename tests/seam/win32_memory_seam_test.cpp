@@ -1,0 +1,154 @@
+// The memory side of the Win32 seam, tested directly on the library's
+// internal objects.
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <cstdlib>
+#include <cstring>
+#include <thread>
+#include <vector>
+
+#include "tests/support/expect_fault.h"
+#include "platform/win32.h"
+
+namespace {
+
+DWORD page() {
+  SYSTEM_INFO info;
+  GetSystemInfo(&info);
+  return info.dwPageSize;
+}
+
+MEMORY_BASIC_INFORMATION query(const void *p) {
+  MEMORY_BASIC_INFORMATION info;
+  EXPECT_EQ(VirtualQuery(p, &info, sizeof info), sizeof info);
+  return info;
+}
+
+TEST(Win32Memory, SystemInfoReportsThePageSize) {
+  EXPECT_EQ(page(), static_cast<DWORD>(sysconf(_SC_PAGESIZE)));
+  SYSTEM_INFO info;
+  GetSystemInfo(&info);
+  EXPECT_GE(info.dwNumberOfProcessors, 1u);
+}
+
+TEST(Win32Memory, CommitProtectQueryDecommit) {
+  const DWORD p = page();
+  auto *base = static_cast<char *>(VirtualAlloc(nullptr, 3 * p, MEM_COMMIT, PAGE_READWRITE));
+  ASSERT_NE(base, nullptr);
+  std::memset(base, 0x5A, 3 * p);
+  DWORD old = 0;
+  ASSERT_TRUE(VirtualProtect(base + 2 * p, p, PAGE_NOACCESS, &old));
+  EXPECT_EQ(old, PAGE_READWRITE);
+
+  MEMORY_BASIC_INFORMATION info = query(base + p + 17);
+  EXPECT_EQ(info.State, MEM_COMMIT);
+  EXPECT_EQ(info.Protect, PAGE_READWRITE);
+  EXPECT_EQ(info.BaseAddress, base + p);
+  EXPECT_EQ(info.AllocationBase, base);
+  EXPECT_EQ(info.RegionSize, size_t{p});
+  info = query(base + 2 * p);
+  EXPECT_EQ(info.State, MEM_COMMIT);
+  EXPECT_EQ(info.Protect, PAGE_NOACCESS);
+
+  ASSERT_TRUE(VirtualFree(base, 3 * p, MEM_DECOMMIT));
+  EXPECT_EQ(query(base).State, MEM_RESERVE);
+  EXPECT_EQ(query(base + 2 * p).State, MEM_RESERVE);
+  // Decommitted pages cannot be protected or freed again.
+  EXPECT_FALSE(VirtualProtect(base, p, PAGE_READWRITE, &old));
+  EXPECT_FALSE(VirtualFree(base, 3 * p, MEM_DECOMMIT));
+}
+
+TEST(Win32Memory, QueryOfForeignAddressesNeverFaults) {
+  int on_stack = 0;
+  void *heap = std::malloc(16);
+  EXPECT_EQ(query(&on_stack).State, MEM_FREE);
+  EXPECT_EQ(query(heap).State, MEM_FREE);
+  EXPECT_EQ(query(nullptr).State, MEM_FREE);
+  EXPECT_EQ(query(reinterpret_cast<void *>(~uintptr_t{0})).State, MEM_FREE);
+  std::free(heap);
+  MEMORY_BASIC_INFORMATION info;
+  EXPECT_EQ(VirtualQuery(&on_stack, &info, sizeof info - 1), 0u);
+  EXPECT_EQ(VirtualQuery(&on_stack, nullptr, sizeof info), 0u);
+}
+
+TEST(Win32Memory, RefusesWhatItDoesNotProvide) {
+  const DWORD p = page();
+  int here = 0;
+  EXPECT_EQ(VirtualAlloc(&here, p, MEM_COMMIT, PAGE_READWRITE), nullptr);
+  EXPECT_EQ(VirtualAlloc(nullptr, 0, MEM_COMMIT, PAGE_READWRITE), nullptr);
+  EXPECT_EQ(VirtualAlloc(nullptr, p, MEM_COMMIT, 0x40), nullptr);
+  EXPECT_EQ(VirtualAlloc(nullptr, ~SIZE_T{0}, MEM_COMMIT, PAGE_READWRITE), nullptr);
+  EXPECT_FALSE(VirtualProtect(&here, 1, PAGE_READWRITE, nullptr));
+  EXPECT_FALSE(VirtualFree(&here, 1, MEM_DECOMMIT));
+  void *base = VirtualAlloc(nullptr, p, MEM_COMMIT, PAGE_READWRITE);
+  ASSERT_NE(base, nullptr);
+  EXPECT_FALSE(VirtualProtect(base, 2 * size_t{p}, PAGE_NOACCESS, nullptr));  // past the region
+  EXPECT_FALSE(VirtualFree(base, p, MEM_RELEASE));  // release takes size 0
+  EXPECT_TRUE(VirtualFree(base, 0, MEM_RELEASE));
+  EXPECT_EQ(query(base).State, MEM_RESERVE);
+}
+
+TEST(Win32Memory, ReservedOnlyAndAddressesAreNeverReused) {
+  const DWORD p = page();
+  void *reserved = VirtualAlloc(nullptr, p, MEM_RESERVE, PAGE_READWRITE);
+  ASSERT_NE(reserved, nullptr);
+  EXPECT_EQ(query(reserved).State, MEM_RESERVE);
+  std::vector<void *> seen;
+  for (int i = 0; i < 50; ++i) {
+    void *b = VirtualAlloc(nullptr, p, MEM_COMMIT, PAGE_READWRITE);
+    ASSERT_NE(b, nullptr);
+    for (void *s : seen) ASSERT_NE(s, b);
+    seen.push_back(b);
+    ASSERT_TRUE(VirtualFree(b, p, MEM_DECOMMIT));
+  }
+}
+
+// The child touches a decommitted page; it must die of SIGSEGV.
+TEST(Win32Memory, DecommittedPagesFault) {
+  const DWORD p = page();
+  auto *base = static_cast<volatile char *>(VirtualAlloc(nullptr, p, MEM_COMMIT, PAGE_READWRITE));
+  ASSERT_NE(base, nullptr);
+  base[0] = 1;
+  ASSERT_TRUE(VirtualFree(const_cast<char *>(base), p, MEM_DECOMMIT));
+  EXPECT_FAULT(base[1] = 2);
+}
+
+TEST(Win32Box, AnswersFromTheEnvironment) {
+  setenv("KORVO_MESSAGEBOX_ANSWER", "yes", 1);
+  EXPECT_EQ(MessageBoxA(nullptr, "text", "Caption", MB_YESNO), IDYES);
+  setenv("KORVO_MESSAGEBOX_ANSWER", "no", 1);
+  EXPECT_EQ(MessageBoxA(nullptr, "text", "Caption", MB_YESNO), IDNO);
+  EXPECT_EQ(MessageBoxA(nullptr, nullptr, nullptr, MB_OK), IDOK);
+  unsetenv("KORVO_MESSAGEBOX_ANSWER");
+}
+
+TEST(Win32Box, DebugBreakRaisesSigtrap) {
+  EXPECT_EXIT(DebugBreak(), ::testing::KilledBySignal(SIGTRAP), "");
+}
+
+TEST(Win32Sync, CriticalSectionIsRecursiveAndExclusive) {
+  CRITICAL_SECTION section;
+  InitializeCriticalSection(&section);
+  EnterCriticalSection(&section);
+  EnterCriticalSection(&section);
+  LeaveCriticalSection(&section);
+  LeaveCriticalSection(&section);
+  long counter = 0;
+  std::vector<std::thread> threads;
+  for (int t = 0; t < 4; ++t)
+    threads.emplace_back([&] {
+      for (int i = 0; i < 10000; ++i) {
+        EnterCriticalSection(&section);
+        ++counter;
+        LeaveCriticalSection(&section);
+      }
+    });
+  for (auto &t : threads) t.join();
+  EXPECT_EQ(counter, 40000);
+  DeleteCriticalSection(&section);
+}
+
+}  // namespace
