@@ -1,11 +1,7 @@
 // korutl utf7 encode|decode: UTF-7 on one side, UTF-8 on the terminal side.
-// The UTF-8 side goes through iconv as UTF-16 in host byte order, whose
-// units are exactly the UCS-2 units the library's UTF-7 functions take.
-#include <iconv.h>
-
-#include <cerrno>
+// The UTF-8 side goes through the library's UTF-8/UTF-16 conversions, whose
+// UTF-16 units are the UCS-2 units its UTF-7 functions take.
 #include <cstdio>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -16,12 +12,6 @@
 namespace korutl_tool {
 
 namespace {
-
-#if __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__
-constexpr const char *kHostUtf16 = "UTF-16LE";
-#else
-constexpr const char *kHostUtf16 = "UTF-16BE";
-#endif
 
 struct Utf7Options {
   std::string action;
@@ -34,38 +24,15 @@ int fail(const char *message) {
   return 1;
 }
 
-// Converts all of `in` with iconv; nullopt on invalid input.
-std::optional<std::vector<char>> iconv_all(const char *to, const char *from, const char *in, size_t size) {
-  iconv_t cd = iconv_open(to, from);
-  if (cd == reinterpret_cast<iconv_t>(-1)) return std::nullopt;
-  std::vector<char> out(size * 2 + 16);
-  char *src = const_cast<char *>(in);
-  size_t src_left = size;
-  size_t done = 0;
-  std::optional<std::vector<char>> result;
-  for (;;) {
-    char *dst = out.data() + done;
-    size_t dst_left = out.size() - done;
-    const size_t r = iconv(cd, &src, &src_left, &dst, &dst_left);
-    done = out.size() - dst_left;
-    if (r != static_cast<size_t>(-1)) {
-      out.resize(done);
-      result = std::move(out);
-      break;
-    }
-    if (errno != E2BIG) break;
-    out.resize(out.size() * 2);
-  }
-  iconv_close(cd);
-  return result;
-}
-
 int encode(const Utf7Options &opt, const std::vector<uint8_t> &in) {
-  const auto wide = iconv_all(kHostUtf16, "UTF-8", reinterpret_cast<const char *>(in.data()), in.size());
-  if (!wide) return fail("input is not valid UTF-8");
-  std::vector<uint16_t> units(wide->size() / 2);
-  std::copy(wide->begin(), wide->begin() + static_cast<std::ptrdiff_t>(units.size() * 2),
-            reinterpret_cast<char *>(units.data()));
+  // One UTF-16 unit per input byte at the most.
+  std::vector<uint16_t> units(in.size());
+  const uint8_t *from = in.data();
+  uint16_t *to = units.data();
+  if (KORVOConvertUTF8toUTF16(&from, in.data() + in.size(), &to, units.data() + units.size()) != CONV_OK) {
+    return fail("input ends inside a UTF-8 sequence");
+  }
+  units.resize(static_cast<size_t>(to - units.data()));
   // At most "+xyz-" for one unit: five bytes each is always enough.
   std::vector<uint8_t> out(units.size() * 5 + 1);
   const uint16_t *src = units.data();
@@ -96,10 +63,14 @@ int decode(std::vector<uint8_t> in) {
       *u = 0xFFFD;
     }
   }
-  const auto text = iconv_all("UTF-8", kHostUtf16, reinterpret_cast<const char *>(units.data()),
-                              static_cast<size_t>(dst - units.data()) * 2);
-  if (!text) return fail("conversion to UTF-8 failed");
-  if (!write_all(text->data(), text->size()) || !write_all("\n", 1)) return 1;
+  // Three UTF-8 bytes per unit at the most (a pair takes four for two).
+  std::vector<uint8_t> text(static_cast<size_t>(dst - units.data()) * 3);
+  const uint16_t *from = units.data();
+  uint8_t *to = text.data();
+  if (KORVOConvertUTF16toUTF8(&from, dst, &to, text.data() + text.size()) != CONV_OK) {
+    return fail("conversion to UTF-8 failed");
+  }
+  if (!write_all(text.data(), static_cast<size_t>(to - text.data())) || !write_all("\n", 1)) return 1;
   std::fflush(stdout);  // the text first, then the complaint about it
   return result == CONV_SOURCE_ILLEGAL ? fail("malformed UTF-7 (decoded as far as possible)") : 0;
 }
