@@ -1,6 +1,8 @@
 // korutl crypt, encode and utf7: the subcommands filter stdin to stdout.
 #include <gtest/gtest.h>
 
+#include <unistd.h>
+
 #include <cstdio>
 #include <fstream>
 #include <string>
@@ -14,11 +16,13 @@ namespace {
 using korutl_test::run_tool;
 using korutl_test::ToolRun;
 
-// A scratch file per test, removed at the end.
+// A scratch file per test, removed at the end. The process id keeps tests
+// that ctest runs side by side off each other's files.
 class ToolFiles : public ::testing::Test {
  protected:
   std::string file(const std::string &name, const std::string &content) {
-    const std::string path = ::testing::TempDir() + "korutl_crypt_tool_" + name;
+    const std::string path = ::testing::TempDir() + "korutl_crypt_tool_" +
+                             std::to_string(getpid()) + "_" + name;
     std::ofstream(path, std::ios::binary) << content;
     paths_.push_back(path);
     return path;

@@ -63,7 +63,7 @@ TEST(MemShellOff, BehavesAsTheStandardHeap) {
   uint32_t listed = 99;
   EXPECT_EQ(report("t", &listed), kOffText);
   EXPECT_EQ(listed, 0u);
-  const std::string path = testing::TempDir() + "memshell_off.log";
+  const std::string path = testing::TempDir() + "memshell_off_" + std::to_string(getpid()) + ".log";
   std::remove(path.c_str());
   KORVOOpenMemoryLogFile(path.c_str());
   EXPECT_NE(access(path.c_str(), F_OK), 0);
@@ -152,7 +152,7 @@ TEST_F(MemShellOn, DoubleFreeIsReportedAndHarmless) {
 }
 
 TEST_F(MemShellOn, LogFileReceivesTheReport) {
-  const std::string path = testing::TempDir() + "memshell_on.log";
+  const std::string path = testing::TempDir() + "memshell_on_" + std::to_string(getpid()) + ".log";
   KORVOOpenMemoryLogFile(path.c_str());
   void *p = mmalloc(3, 77, "logged.c");
   EXPECT_EQ(report("to the log"), "");
