@@ -52,10 +52,11 @@ KORUTL_API void KORVOHashTblInit(KORVOHashTbl *table) {
 KORUTL_API void *KORVOHashTblLookup(KORVOHashTbl *table, const char *key, uint32_t create_size) {
   if (table == nullptr || key == nullptr) return nullptr;
   const uint32_t h = hash_of(key);
+  // A record too small for its key field (0 among them) is never created.
+  const bool may_create = create_size >= sizeof(char *);
   void **insert_at;
   if (table->size == 0) {
-    if (create_size == 0) return nullptr;
-    if (create_size < sizeof(char *)) return nullptr;
+    if (!may_create) return nullptr;
     auto **slots = static_cast<void **>(std::calloc(kFirstSize, sizeof(void *)));
     if (slots == nullptr) return nullptr;
     table->slots = slots;
@@ -68,8 +69,7 @@ KORUTL_API void *KORVOHashTblLookup(KORVOHashTbl *table, const char *key, uint32
     for (; table->slots[i] != nullptr; i = (i - 1) & mask) {
       if (std::strcmp(key_of(table->slots[i]), key) == 0) return table->slots[i];
     }
-    if (create_size == 0) return nullptr;
-    if (create_size < sizeof(char *)) return nullptr;
+    if (!may_create) return nullptr;
     insert_at = &table->slots[i];
     if (table->count == table->limit) {
       if (!grow(table)) return nullptr;
