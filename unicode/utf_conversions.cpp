@@ -256,19 +256,20 @@ struct BulkFromUtf8 {
 };
 
 // UTF-16 to UTF-8: each character is stored as four bytes. Eight units are
-// kept back, so the two-unit lookahead stays inside the source and at least
-// three units follow the stage; sixteen bytes are kept free, so those units
+// kept back, so the eight-unit ASCII block and the two-unit lookahead stay
+// inside the source, and at least three units follow a character stored by
+// the stage; sixteen bytes are kept free, so those units
 // fit and their output (three bytes or more) covers the bytes stored ahead.
 struct BulkUtf16ToUtf8 {
   static void run(const uint16_t *&s, const uint16_t *end, uint8_t *&t, uint8_t *t_end) {
     constexpr ptrdiff_t kSourceKept = 8, kTargetKept = 16;
     while (end - s >= kSourceKept && t_end - t >= kTargetKept) {
-      uint64_t word;
-      std::memcpy(&word, s, sizeof word);
-      if ((word & 0xFF80FF80FF80FF80ull) == 0) {
-        for (int i = 0; i < 4; ++i) t[i] = static_cast<uint8_t>(s[i]);
-        s += 4;
-        t += 4;
+      uint64_t words[2];
+      std::memcpy(words, s, sizeof words);
+      if (((words[0] | words[1]) & 0xFF80FF80FF80FF80ull) == 0) {
+        for (int i = 0; i < 8; ++i) t[i] = static_cast<uint8_t>(s[i]);
+        s += 8;
+        t += 8;
         continue;
       }
       const uint32_t first = s[0], next = s[1];
