@@ -3,20 +3,17 @@
 
 #include <string>
 
-#include "tests/support/run_tool.h"
-#include "tests/support/temp_store.h"
+#include "tests/support/tool_store.h"
 
 namespace {
 
 using korutl_test::run_tool;
 
-class CfgTool : public korutl_test::TempStore {
+class CfgTool : public korutl_test::ToolStore {
  protected:
   void SetUp() override {
-#ifndef KORUTL_TOOL_FILE
-    GTEST_SKIP() << "the korutl command is not built in this configuration";
-#endif
-    TempStore::SetUp();
+    ToolStore::SetUp();
+    if (IsSkipped()) return;
     ASSERT_EQ(run_tool("reg import '" KORUTL_SOURCE_DIR "/examples/halcyra-sample.reg'").status, 0);
   }
 };
