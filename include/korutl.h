@@ -217,7 +217,60 @@ KORUTL_API void KORVOCleanupInternalProducts(KORVOIntProdData *record);
 
 /* ------------------------------------------------------------------------
  * Language and message file registration, user authorisation
+ *
+ * Language libraries are registered as values of the version's key
+ * "...\Products\<product>\Versions\<version>\Languages" (value name: the
+ * language, data: the library's file name); event-layer message files as
+ * values of "...\Versions\<version>\EventLayerMessages". A product whose
+ * key has a subkey "Users" admits only the users listed there, one subkey
+ * per user ("...\Products\<product>\Users\<user>"), with every "\" of a
+ * user name stored as "/" (domain\user is the key domain/user).
+ *
+ * Paths are composed in 256-byte areas: a path of 256 characters or more
+ * is refused with the failure result, never cut. No state, no lock: any
+ * thread may call these; two registrations of one version at once may both
+ * create the key, which is harmless.
  * ------------------------------------------------------------------------ */
+
+/* Registers `fileName` (the library file, e.g. "hal_de.dll") under the
+ * value name `language` in the Languages key of `product` and `version`,
+ * creating the key when needed. A null or empty product, version or
+ * language stands for "Default". Returns 0 when registered, 1 on failure
+ * (a null `fileName`, a path too long, a store error). A registration whose
+ * value cannot be set leaves a key it created in place. */
+KORUTL_API uint8_t KORVOCfgRegisterLanguageFile(const char *product, const char *version,
+                                                const char *language, const char *fileName);
+
+/* Removes the whole Languages key of `product` and `version` ("Default"
+ * for null or empty), every language at once. Returns 0 when removed or
+ * when there was none, 1 when the store fails or the path is too long. */
+KORUTL_API uint8_t KORVOCfgDeRegisterLanguageFile(const char *product, const char *version);
+
+/* As KORVOCfgRegisterLanguageFile, in the version's EventLayerMessages key:
+ * `valueName` is the registrant's own name for the file. */
+KORUTL_API uint8_t KORVOCfgRegisterMessageFile(const char *product, const char *version,
+                                               const char *valueName, const char *fileName);
+
+/* Removes the whole EventLayerMessages key of `product` and `version`.
+ * Returns 0 when removed, when there was none and also when the key cannot
+ * be reached for another reason; 1 only when the delete itself fails or
+ * the path is too long. */
+KORUTL_API uint8_t KORVOCfgDeRegisterMessageFile(const char *product, const char *version);
+
+/* 1 when `product` has a "Users" key (access is restricted to the users
+ * listed there), else 0; 0 for a null product. An empty product is taken
+ * as it is (no "Default"). */
+KORUTL_API uint8_t KORVOCfgAuthorizationToBeChecked(const char *product);
+
+struct KORVOObjectId; /* the parsed object identifier, see below */
+
+/* 1 when `userName` is listed in the Users key of the product named by
+ * `objectId` (part 1), else 0. At most the first 255 characters of the
+ * name count, with "\" read as "/"; a user path of 256 characters or more
+ * is refused with 0. 0 also for a null user name, a null identifier or
+ * one without a product part. */
+KORUTL_API uint8_t KORVOCfgCheckAuthorization(const char *userName,
+                                              const struct KORVOObjectId *objectId);
 
 /* ------------------------------------------------------------------------
  * Enumerations and environment variables
