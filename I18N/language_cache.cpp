@@ -9,11 +9,13 @@
 #include <memory>
 
 #include "I18N/language_library.h"
-#include "readconfig/key_path.h"
-#include "readconfig/settings.h"
+#include "readconfig/cfg_paths.h"
+#include "readconfig/strict_version.h"
 #include "siblings/rsv/rsv.h"
 
 namespace korutl::i18n {
+
+namespace cfg = korutl::cfg;
 
 namespace {
 
@@ -77,18 +79,6 @@ LanguageLibrary *load_and_add(LanguageRequest &request, const char *fileName) {
   return library.release();
 }
 
-// "Use_Strict_Version" of the product: a decimal number of at most three
-// characters whose value modulo 256 is not 0. A longer value counts as
-// unset rather than as a cut number.
-bool strict_version(const std::string &product) {
-  char section[setting_buffer_size];
-  if (!ComposeKeyPath(section, sizeof section, "Products\\%s", product.c_str())) return false;
-  char value[setting_buffer_size];
-  KORVOGetSetting("Halcyra", section, "Use_Strict_Version", "", value);
-  const size_t length = std::strlen(value);
-  return length > 0 && length <= 3 && static_cast<uint8_t>(std::atoi(value)) != 0;
-}
-
 struct FreeVersions {
   void operator()(char **list) const { KORVOCfgFreeProductVersions(list); }
 };
@@ -120,7 +110,7 @@ LanguageLibrary *FindOrLoadFile(LanguageRequest &request, const char *fileName) 
 }
 
 LanguageLibrary *FindInOtherVersions(LanguageRequest &request) {
-  if (strict_version(request.product)) return nullptr;
+  if (cfg::strict_version(request.product.c_str())) return nullptr;
   uint16_t count = 0;
   const std::unique_ptr<char *, FreeVersions> versions(
       KORVOCfgGetProductVersions(request.product.c_str(), &count));
@@ -128,8 +118,8 @@ LanguageLibrary *FindInOtherVersions(LanguageRequest &request) {
   // Highest version first; the first that has a Languages key decides.
   for (uint16_t i = 0; i < count; ++i) {
     char path[kKeyPathSize];
-    if (!ComposeKeyPath(path, sizeof path, KORUTL_TREE_ROOT "\\Products\\%s\\Versions\\%s\\%s",
-                        request.product.c_str(), versions.get()[i], "Languages") ||
+    if (!cfg::compose(path, sizeof path, cfg::version_subkey, request.product.c_str(),
+                      versions.get()[i], "Languages") ||
         rsv_query_key(path, nullptr, nullptr, kModule, __LINE__) != RSV_OK)
       continue;
     request.version = versions.get()[i];

@@ -11,7 +11,7 @@
 #include <string>
 
 #include "I18N/language_library.h"
-#include "readconfig/key_path.h"
+#include "readconfig/cfg_paths.h"
 #include "siblings/oss/oss.h"
 
 namespace {
@@ -19,6 +19,7 @@ namespace {
 using korutl::i18n::LanguageLibrary;
 using korutl::i18n::LanguageRequest;
 using korutl::i18n::kModule;
+namespace cfg = korutl::cfg;
 
 constexpr const char *kOwnObjectId = "\\localhost\\Halcyra\\2.2.1.3";
 constexpr const char *kNotFoundText =
@@ -37,7 +38,7 @@ struct DestroyObjectId {
   void operator()(KORVOObjectId *id) const { KORVOStrDestroyObjectId(id); }
 };
 
-Text global_language() { return Text(KORVOCfgGetValue(KORUTL_TREE_ROOT "\\Global", "Language")); }
+Text global_language() { return Text(KORVOCfgGetValue(cfg::global_key, "Language")); }
 
 // The current locale's name, as the OS-services library reads it after
 // setting the locale from the environment; empty when it cannot be had.
@@ -63,7 +64,7 @@ LanguageLibrary *find_library(LanguageRequest &request, const std::string &reque
   // OS-services library finds it.
   request.language = requested;
   char file[kAreaSize];
-  if (korutl::ComposeKeyPath(file, sizeof file, "%s%s%s", "", requested.c_str(), ".dll")) {
+  if (cfg::compose(file, sizeof file, "%s%s%s", "", requested.c_str(), ".dll")) {
     if (LanguageLibrary *found = FindOrLoadFile(request, file)) return found;
   }
   if (const Text global = global_language()) {
@@ -95,11 +96,11 @@ void fill_request(LanguageRequest &request, const KORVOObjectId *id) {
   if (instancePath.size() >= kAreaSize) {
     fits = false;
   } else if (instancePath.size() > 1) {
-    fits = korutl::ComposeKeyPath(path, sizeof path, KORUTL_TREE_ROOT "\\Products\\%s\\Versions\\%s\\%sLanguages",
-                                  request.product.c_str(), request.version.c_str(), instancePath.c_str());
+    fits = cfg::compose(path, sizeof path, cfg::instance_languages_key, request.product.c_str(),
+                        request.version.c_str(), instancePath.c_str());
   } else {
-    fits = korutl::ComposeKeyPath(path, sizeof path, KORUTL_TREE_ROOT "\\Products\\%s\\Versions\\%s\\Languages",
-                                  request.product.c_str(), request.version.c_str());
+    fits = cfg::compose(path, sizeof path, cfg::version_subkey, request.product.c_str(),
+                        request.version.c_str(), "Languages");
   }
   request.languagesKey = fits ? path : "";
 }

@@ -3,28 +3,28 @@
 #include <cstdint>
 
 #include "korutl.h"
-#include "readconfig/key_path.h"
+#include "readconfig/cfg_paths.h"
 #include "siblings/rsv/rsv.h"
 
 namespace {
 
-constexpr const char *kModule = "readconfig/plugcfg";
-constexpr size_t kPathSize = 256;
+namespace cfg = korutl::cfg;
+constexpr const char *kModule = cfg::plugcfg_module;
 
 const char *or_default(const char *name) {
   return name == nullptr || *name == '\0' ? "Default" : name;
 }
 
 // The version's `subkey` ("Languages" or "EventLayerMessages").
-bool files_key(char (&path)[kPathSize], const char *subkey, const char *product,
+bool files_key(char (&path)[cfg::path_size], const char *subkey, const char *product,
                const char *version) {
-  return korutl::ComposeKeyPath(path, sizeof path, KORUTL_TREE_ROOT "\\Products\\%s\\Versions\\%s\\%s",
-                                or_default(product), or_default(version), subkey);
+  return cfg::compose(path, sizeof path, cfg::version_subkey, or_default(product),
+                      or_default(version), subkey);
 }
 
 uint8_t register_file(const char *subkey, const char *product, const char *version,
                       const char *valueName, const char *fileName) {
-  char path[kPathSize];
+  char path[cfg::path_size];
   if (fileName == nullptr || !files_key(path, subkey, product, version)) return 1;
   const uint16_t status = rsv_query_key(path, nullptr, nullptr, kModule, __LINE__);
   if (status == RSV_E_NO_KEY) {
@@ -39,7 +39,7 @@ uint8_t register_file(const char *subkey, const char *product, const char *versi
 // remove" means differs between the two kinds of file.
 uint8_t deregister_files(const char *subkey, const char *product, const char *version,
                          uint8_t (*absent)(uint16_t status)) {
-  char path[kPathSize];
+  char path[cfg::path_size];
   if (!files_key(path, subkey, product, version)) return 1;
   const uint16_t status = rsv_query_key(path, nullptr, nullptr, kModule, __LINE__);
   if (status != RSV_OK) return absent(status);

@@ -4,13 +4,13 @@
 #include <cstring>
 
 #include "korutl.h"
-#include "readconfig/key_path.h"
+#include "readconfig/cfg_paths.h"
 #include "siblings/rsv/rsv.h"
 
 namespace {
 
-constexpr const char *kModule = "readconfig/prodcfg";
-constexpr size_t kPathSize = 256;
+namespace cfg = korutl::cfg;
+constexpr const char *kModule = cfg::prodcfg_module;
 
 bool key_exists(const char *path, int line) {
   uint16_t subkeys = 0;
@@ -23,9 +23,9 @@ bool key_exists(const char *path, int line) {
 extern "C" {
 
 KORUTL_API uint8_t KORVOCfgAuthorizationToBeChecked(const char *product) {
-  char path[kPathSize];
+  char path[cfg::path_size];
   if (product == nullptr ||
-      !korutl::ComposeKeyPath(path, sizeof path, KORUTL_TREE_ROOT "\\Products\\%s\\Users", product))
+      !cfg::compose(path, sizeof path, cfg::users_key, product))
     return 0;
   return key_exists(path, __LINE__) ? 1 : 0;
 }
@@ -40,9 +40,8 @@ KORUTL_API uint8_t KORVOCfgCheckAuthorization(const char *userName, const KORVOO
   user[len] = '\0';
   for (char *c = user; *c != '\0'; ++c)
     if (*c == '\\') *c = '/';
-  char path[kPathSize];
-  if (!korutl::ComposeKeyPath(path, sizeof path, KORUTL_TREE_ROOT "\\Products\\%s\\Users\\%s",
-                              product, user))
+  char path[cfg::path_size];
+  if (!cfg::compose(path, sizeof path, cfg::user_key, product, user))
     return 0;
   return key_exists(path, __LINE__) ? 1 : 0;
 }
