@@ -9,15 +9,7 @@ namespace {
 
 using korutl_test::run_tool;
 
-class RegTool : public korutl_test::TempStore {
- protected:
-  void SetUp() override {
-#ifndef KORUTL_TOOL_FILE
-    GTEST_SKIP() << "the korutl command is not built in this configuration";
-#endif
-    TempStore::SetUp();
-  }
-};
+class RegTool : public korutl_test::ToolStore {};
 
 const std::string key = "'HKLM\\SOFTWARE\\Vantrel\\Halcyra\\Global'";
 
