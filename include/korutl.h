@@ -289,14 +289,44 @@ KORUTL_API char *KORVOCfgGetAgentConfig(const char *agentKey, const char *valueN
  * stands for "Default". Null when no version holds the value, the product
  * has no versions, or its setting "Use_Strict_Version" (see
  * KORVOGetSetting, section "Products\<product>") is a number that is
- * not 0 modulo 256: a strict product is never searched.
- * Left to the implementer, chosen here: "Use_Strict_Version" is a number
- * of at most three characters; a longer text is no valid setting and
- * counts as unset (the search runs). A version whose path would exceed
- * 767 characters ends the search with null rather than being skipped,
- * as every over-long path of this family is refused. */
+ * not 0 modulo 256: a strict product is never searched. That setting is
+ * a number of at most three characters; a longer text is no valid
+ * setting and counts as unset (the search runs). A version whose path
+ * would exceed 767 characters ends the search with null rather than
+ * being skipped, as every over-long path of this family is refused. */
 KORUTL_API char *KORVOCfgGetProductVersionLatestValue(const char *product, const char *subkey,
                                                        const char *valueName);
+
+/* The instances of a product version (subkeys of its "Instances" key) as
+ * a name list in version order, greatest instance key first (instances
+ * 10, 2, 1); *count (count may be null) receives the number of names.
+ * Release with KORVOCfgFreeVersionInstances. Null with *count 0 when
+ * product or version is null, the version has no instances or the key
+ * path is too long; when memory runs out, null with *count the number of
+ * instances the store reported. */
+KORUTL_API char **KORVOCfgGetVersionInstances(const char *product, const char *version,
+                                              uint16_t *count);
+
+/* The full key path of agent `agent`, searched through the versions of
+ * `product`, greatest first, under each version's first instance only
+ * (first in the store's order, which is case-insensitive name order): an
+ * agent registered only under a later instance is not found. Returns a
+ * malloc copy of the path, such as
+ * "HKEY_LOCAL_MACHINE\SOFTWARE\Vantrel\Halcyra\Products\P\Versions\2.2.1\Instances\3\Agents\A";
+ * release it with free. Null when no such agent key exists, product or
+ * agent is null, or a path would exceed 255 characters (the search then
+ * ends). */
+KORUTL_API char *KORVOCfgLocateAgentKey(const char *product, const char *agent);
+
+/* The key path of agent `agent` under instance `instance` of version
+ * `version` of `product`, when that key exists; a malloc copy, release it
+ * with free. A null version searches as KORVOCfgLocateAgentKey (instance
+ * is then ignored); a null instance stands for the version's greatest
+ * instance key (the first of KORVOCfgGetVersionInstances), and a version
+ * without instances gives null. Null also when product or agent is null,
+ * the agent key does not exist, or its path would exceed 255 characters. */
+KORUTL_API char *KORVOCfgLocateAgentKeyEx(const char *product, const char *version,
+                                          const char *instance, const char *agent);
 
 /* ------------------------------------------------------------------------
  * Language and message file registration, user authorisation
@@ -357,7 +387,50 @@ KORUTL_API uint8_t KORVOCfgCheckAuthorization(const char *userName,
 
 /* ------------------------------------------------------------------------
  * Enumerations and environment variables
+ *
+ * The values stored under one key of the configuration tree, in the order
+ * they were first set. Value names have at most 32 characters here (they
+ * travel in 33-byte slots); a value with a longer name is never reported
+ * under a cut name. Value data are read as text of at most 1535
+ * characters.
  * ------------------------------------------------------------------------ */
+
+/* Called once per value with its name and its text (both zero-terminated,
+ * valid only during the call, owned by the library). The result is not
+ * used. */
+typedef int32_t (*KORVOCfgEnumCallback)(const char *name, const char *data);
+
+/* Calls `callback` for each value of the key `keyPath` (a full path), on
+ * the caller's thread, before returning. A value that cannot be read --
+ * data of 1536 bytes or more, a value removed meanwhile, a name longer
+ * than 32 characters -- is skipped silently. Nothing is called when the
+ * key is missing, has no values, keyPath is null or memory runs out; a
+ * null callback returns at once without reading the store. */
+KORUTL_API void KORVOCfgEnumerate(const char *keyPath, KORVOCfgEnumCallback callback);
+
+/* KORVOCfgEnumerate of the management layer's plug-ins,
+ * "HKEY_LOCAL_MACHINE\SOFTWARE\Vantrel\Halcyra\MILayer\PlugIn". */
+KORUTL_API void KORVOCfgEnumerateMilPlugIn(KORVOCfgEnumCallback callback);
+
+/* KORVOCfgEnumerate of the SNMP trap destinations,
+ * "HKEY_LOCAL_MACHINE\SOFTWARE\Vantrel\Halcyra\SNMPLayer\Notifications". */
+KORUTL_API void KORVOCfgEnumerateSnmpTrapDest(KORVOCfgEnumCallback callback);
+
+/* The names of the environment variables of `component`: the value names
+ * of "HKEY_LOCAL_MACHINE\SOFTWARE\Vantrel\Halcyra\<component>\Environment".
+ * Returns an array of *count pointers, each to its own malloc block of 33
+ * bytes holding one name; release it with KORVOCfgFreeEnvironmentVars and
+ * the same count. Only names are read, not the values' data.
+ * Null with *count 0 when component is null or "", the key is missing or
+ * has no values, memory runs out, or the key path would exceed 255
+ * characters. A null count returns null. A value name longer than 32
+ * characters cannot be returned whole, so the whole list is refused (null,
+ * *count 0) rather than holding a cut name that names no variable. */
+KORUTL_API char **KORVOCfgGetEnvironmentVars(const char *component, uint16_t *count);
+
+/* Releases the first `count` names of `vars` and then the array; a null
+ * array does nothing. */
+KORUTL_API void KORVOCfgFreeEnvironmentVars(char **vars, uint16_t count);
 
 /* ------------------------------------------------------------------------
  * Synchronised stack

@@ -18,6 +18,8 @@ inline constexpr size_t path_size = 256;
 inline constexpr size_t latest_path_size = 768;
 // Name slots of the name lists (subkey names, at most 255 characters).
 inline constexpr size_t name_slot = 256;
+// Value-name slots: at most 32 characters and the zero.
+inline constexpr size_t value_name_slot = 33;
 
 #define KORUTL_CFG_ROOT "HKEY_LOCAL_MACHINE\\SOFTWARE\\Vantrel\\Halcyra"
 inline constexpr const char *product_key = KORUTL_CFG_ROOT "\\Products\\%s";

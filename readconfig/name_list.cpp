@@ -1,7 +1,10 @@
 #include "readconfig/name_list.h"
 
+#include <strings.h>
+
 #include <cctype>
 #include <cstdlib>
+#include <cstring>
 
 #include "readconfig/cfg_paths.h"
 #include "siblings/rsv/rsv.h"
@@ -55,6 +58,13 @@ char **ListSubkeysByVersion(const char *key, uint16_t *count) {
   std::qsort(names, written, sizeof(char *), CompareVersionsDescending);
   if (count != nullptr) *count = written;
   return names;
+}
+
+bool ValueNameWasCut(const char *key, char *const *names, uint16_t i) {
+  if (std::strlen(names[i]) < value_name_slot - 1) return false;
+  for (uint16_t j = 0; j < i; ++j)
+    if (strcasecmp(names[j], names[i]) == 0) return true;
+  return rsv_get_value(key, names[i], nullptr, nullptr, prodcfg_module, __LINE__) != RSV_OK;
 }
 
 }  // namespace korutl::cfg

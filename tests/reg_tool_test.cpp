@@ -2,8 +2,7 @@
 
 #include <string>
 
-#include "tests/support/run_tool.h"
-#include "tests/support/temp_store.h"
+#include "tests/support/tool_store.h"
 
 namespace {
 

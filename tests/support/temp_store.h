@@ -34,18 +34,6 @@ class TempStore : public ::testing::Test {
   std::string file_;
 };
 
-// A temporary store for tests of the korutl command, skipped where the
-// command is not built.
-class ToolStore : public TempStore {
- protected:
-  void SetUp() override {
-#ifndef KORUTL_TOOL_FILE
-    GTEST_SKIP() << "the korutl command is not built in this configuration";
-#endif
-    TempStore::SetUp();
-  }
-};
-
 }  // namespace korutl_test
 
 #endif
