@@ -4,13 +4,13 @@
 // version; and a miss that loads (and at the end unloads) a library.
 #include <benchmark/benchmark.h>
 #include <libintl.h>
-#include <unistd.h>
 
 #include <array>
 #include <clocale>
 #include <cstdlib>
 #include <string>
 
+#include "bench/bench_store.h"
 #include "korutl.h"
 
 namespace {
@@ -20,18 +20,12 @@ constexpr std::array<const char *, 8> kKeys = {
     "HAL_SERVICE_STARTED", "HAL_AGENT_UNREACHABLE", "HAL_CONFIG_SAVED", "HAL_PLUGIN_FAILED",
     "HAL_TRAP_SENT",       "HAL_BACKUP_DONE",       "HAL_DISK_LOW",     "_RC_LANG_NOT_FOUND"};
 
-// One store for the run: Halcyra 2.2.1 registers its English library.
+// The run's store: Halcyra 2.2.1 registers its English library.
 void language_store() {
   static const bool ready = [] {
-    const std::string f = "/tmp/korutl-i18n-bench-" + std::to_string(getpid()) + ".db";
-    setenv("KORVO_REGISTRY", f.c_str(), 1);
+    korutl_bench::bench_store();
     setenv("KORVO_LANGUAGE_PATH", KORUTL_LANGUAGE_DIR, 1);
-    KORVOCfgRegisterLanguageFile("Halcyra", "2.2.1", "English", "hal_en.dll");
-    std::atexit([] {
-      const std::string base = std::getenv("KORVO_REGISTRY");
-      for (const char *suffix : {"", "-wal", "-shm"}) unlink((base + suffix).c_str());
-    });
-    return true;
+    return KORVOCfgRegisterLanguageFile("Halcyra", "2.2.1", "English", "hal_en.dll") == 0;
   }();
   (void)ready;
 }

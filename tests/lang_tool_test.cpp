@@ -4,26 +4,23 @@
 
 #include <string>
 
-#include "tests/support/run_tool.h"
-#include "tests/support/temp_store.h"
+#include "tests/support/tool_store.h"
 
 namespace {
 
 using korutl_test::run_tool;
 
-class LangTool : public korutl_test::TempStore {
+class LangTool : public korutl_test::ToolStore {
  protected:
   void SetUp() override {
-#ifndef KORUTL_TOOL_FILE
-    GTEST_SKIP() << "the korutl command is not built in this configuration";
-#endif
-    TempStore::SetUp();
+    ToolStore::SetUp();
+    if (IsSkipped()) return;
     setenv("KORVO_LANGUAGE_PATH", KORUTL_LANGUAGE_DIR, 1);
     ASSERT_EQ(run_tool("reg import '" KORUTL_SOURCE_DIR "/examples/halcyra-sample.reg'").status, 0);
   }
   void TearDown() override {
     unsetenv("KORVO_LANGUAGE_PATH");
-    TempStore::TearDown();
+    ToolStore::TearDown();
   }
 };
 
