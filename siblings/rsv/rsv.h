@@ -20,7 +20,16 @@
 extern "C" {
 #endif
 
-#define RSV_API __attribute__((visibility("default")))
+/* Exported from korrsv.dll on Windows, imported by everyone else there. */
+#if defined(_WIN32)
+#  if defined(korrsv_EXPORTS)
+#    define RSV_API __declspec(dllexport)
+#  else
+#    define RSV_API __declspec(dllimport)
+#  endif
+#else
+#  define RSV_API __attribute__((visibility("default")))
+#endif
 
 #define RSV_OK 0
 #define RSV_E_NO_VALUE 2       /* the key exists, the value does not */
