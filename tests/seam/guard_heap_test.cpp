@@ -1,9 +1,7 @@
 // The guard-page heap and the memory table, on the library's internal
 // objects, so they are tested whatever the build's initial mode.
 #include <gtest/gtest.h>
-#include <unistd.h>
 
-#include <csignal>
 #include <cstdlib>
 #include <cstring>
 #include <random>
@@ -133,8 +131,8 @@ TEST_F(GuardHeap, MismatchedPointersAreReportedAndChangeNothing) {
 TEST_F(GuardHeap, MismatchAnsweredYesBreaks) {
   GTEST_FLAG_SET(death_test_style, "threadsafe");
   int on_stack = 0;
-  EXPECT_EXIT((setenv("KORVO_MESSAGEBOX_ANSWER", "yes", 1), nfree(&on_stack)),
-              ::testing::KilledBySignal(SIGTRAP), "Activate breakpoint");
+  EXPECT_BREAKPOINT((setenv("KORVO_MESSAGEBOX_ANSWER", "yes", 1), nfree(&on_stack)),
+                    "Activate breakpoint");
 }
 
 TEST_F(GuardHeap, TotalsFollowAllocationsAndReleases) {
