@@ -38,10 +38,10 @@ Status failure(LONG rc, Status not_found = Status::no_key) {
   return Status::store_error;
 }
 
-// A key path checked and split into its root key and the rest below it.
+// A key path checked and split into its root key and the names below it.
 struct Place {
   HKEY root = nullptr;
-  std::string below;  // "" for the root key itself
+  std::vector<std::string> names;  // empty for the root key itself
 };
 
 Status place_of(std::string_view path, Place &place) {
@@ -54,11 +54,33 @@ Status place_of(std::string_view path, Place &place) {
     if (parts[0].size() == std::strlen(r.name) &&
         strncasecmp(parts[0].data(), r.name, parts[0].size()) == 0) {
       place.root = r.key;
-      place.below = parts.size() > 1 ? std::string(path.substr(parts[0].size() + 1)) : "";
+      place.names.assign(parts.begin() + 1, parts.end());
       return Status::ok;
     }
   }
   return Status::no_key;  // no such root: an empty tree
+}
+
+// Opens, or with `create` creates, the first `depth` names of `place` one
+// name at a time: the "A" functions of some systems take no more than
+// MAX_PATH characters of path in one call. `access` is for the last key.
+LONG walk(const Place &place, size_t depth, REGSAM access, bool create, HKEY *out,
+          DWORD *disposition = nullptr) {
+  HKEY current = place.root;
+  if (depth == 0) return RegOpenKeyExA(place.root, "", 0, access, out);
+  for (size_t i = 0; i < depth; ++i) {
+    const REGSAM want = i + 1 == depth ? access : KEY_READ | (create ? KEY_CREATE_SUB_KEY : 0);
+    HKEY next = nullptr;
+    const LONG rc = create ? RegCreateKeyExA(current, place.names[i].c_str(), 0, nullptr,
+                                             REG_OPTION_NON_VOLATILE, want, nullptr, &next,
+                                             i + 1 == depth ? disposition : nullptr)
+                           : RegOpenKeyExA(current, place.names[i].c_str(), 0, want, &next);
+    if (current != place.root) RegCloseKey(current);
+    if (rc != ERROR_SUCCESS) return rc;
+    current = next;
+  }
+  *out = current;
+  return ERROR_SUCCESS;
 }
 
 // An open key, closed when it goes out of scope.
@@ -70,7 +92,7 @@ class OpenKey {
   Status open(std::string_view path, REGSAM access) {
     Place place;
     if (const Status st = place_of(path, place); st != Status::ok) return st;
-    const LONG rc = RegOpenKeyExA(place.root, place.below.c_str(), 0, access, &key_);
+    const LONG rc = walk(place, place.names.size(), access, false, &key_);
     return rc == ERROR_SUCCESS ? Status::ok : failure(rc);
   }
   HKEY get() const { return key_; }
@@ -98,10 +120,8 @@ Status create_in(std::string_view path, HKEY *opened, bool *created) {
   if (const Status st = place_of(path, place); st != Status::ok)
     return st == Status::no_key ? Status::bad_name : st;  // no root to create it under
   HKEY key = nullptr;
-  DWORD disposition = 0;
-  const LONG rc = RegCreateKeyExA(place.root, place.below.c_str(), 0, nullptr,
-                                  REG_OPTION_NON_VOLATILE, KEY_ALL_ACCESS, nullptr, &key,
-                                  &disposition);
+  DWORD disposition = REG_OPENED_EXISTING_KEY;
+  const LONG rc = walk(place, place.names.size(), KEY_ALL_ACCESS, true, &key, &disposition);
   if (rc != ERROR_SUCCESS) return failure(rc);
   if (created != nullptr) *created = disposition == REG_CREATED_NEW_KEY;
   if (opened != nullptr) {
@@ -115,8 +135,16 @@ Status create_in(std::string_view path, HKEY *opened, bool *created) {
 Status delete_in(std::string_view path) {
   Place place;
   if (const Status st = place_of(path, place); st != Status::ok) return st;
-  if (place.below.empty()) return Status::bad_name;  // a root key stays
-  const LONG rc = RegDeleteTreeA(place.root, place.below.c_str());
+  if (place.names.empty()) {
+    // A root key itself stays; deleting it empties it.
+    const LONG rc = RegDeleteTreeA(place.root, nullptr);
+    return rc == ERROR_SUCCESS ? Status::ok : failure(rc);
+  }
+  HKEY parent = nullptr;
+  LONG rc = walk(place, place.names.size() - 1, KEY_ALL_ACCESS, false, &parent);
+  if (rc != ERROR_SUCCESS) return failure(rc);
+  rc = RegDeleteTreeA(parent, place.names.back().c_str());
+  RegCloseKey(parent);
   return rc == ERROR_SUCCESS ? Status::ok : failure(rc);
 }
 

@@ -95,7 +95,8 @@ RSV_API uint16_t rsv_delete_key(const char *key, const char *module, int32_t lin
 RSV_API uint16_t rsv_enum_subkeys(const char *key, char **names, uint16_t *count,
                                   const char *module, int32_t line);
 
-/* Value names in the order they were first set. names[i] point to slots of
+/* Value names in the order they were first set (on Windows: in the system
+ * registry's own order). names[i] point to slots of
  * 33 bytes; a longer name is cut to 32 characters. *count as above. */
 RSV_API uint16_t rsv_enum_values(const char *key, char **names, uint16_t *count,
                                  const char *module, int32_t line);

@@ -13,38 +13,48 @@
 
 namespace korutl_test {
 
+// A word of a command text, or one of the operators "|", "<", ">".
+struct ShellWord {
+  std::string text;
+  bool op = false;
+};
+
 // Words of `text`: blanks separate; '...' keeps everything; "..." keeps
 // everything but \" \\ \$ \`; a backslash outside quotes keeps the next
-// character.
-inline std::vector<std::string> shell_words(const std::string &text) {
-  std::vector<std::string> words;
+// character; unquoted |, < and > are operators.
+inline std::vector<ShellWord> shell_words(const std::string &text) {
+  std::vector<ShellWord> words;
   std::string word;
   bool in_word = false;
+  const auto end_word = [&] {
+    if (in_word) words.push_back({std::move(word), false});
+    word.clear();
+    in_word = false;
+  };
   for (size_t i = 0; i < text.size(); ++i) {
     const char c = text[i];
     if (c == ' ' || c == '\t' || c == '\n') {
-      if (in_word) words.push_back(std::move(word));
-      word.clear();
-      in_word = false;
-      continue;
-    }
-    in_word = true;
-    if (c == '\'') {
+      end_word();
+    } else if (c == '|' || c == '<' || c == '>') {
+      end_word();
+      words.push_back({std::string(1, c), true});
+    } else if (c == '\'') {
+      in_word = true;
       while (++i < text.size() && text[i] != '\'') word += text[i];
     } else if (c == '"') {
+      in_word = true;
       while (++i < text.size() && text[i] != '"') {
         if (text[i] == '\\' && i + 1 < text.size() &&
             std::string("\"\\$`").find(text[i + 1]) != std::string::npos)
           ++i;
         word += text[i];
       }
-    } else if (c == '\\' && i + 1 < text.size()) {
-      word += text[++i];
     } else {
-      word += c;
+      in_word = true;
+      word += c == '\\' && i + 1 < text.size() ? text[++i] : c;
     }
   }
-  if (in_word) words.push_back(std::move(word));
+  end_word();
   return words;
 }
 
@@ -66,50 +76,116 @@ inline std::string command_line_word(const std::string &word) {
   return out + "\"";
 }
 
-// Runs `program` with the words of `args`, the VAR=value words of `env`
-// added to its environment, and returns its exit code (-1 when it could
-// not start). Output goes to `out`.
+// One program of a pipeline with its redirections.
+struct Stage {
+  std::string line;  // the command line
+  std::string in, out;  // files for "<" and ">", empty when not redirected
+};
+
+inline HANDLE open_redirect(const std::string &path, bool for_write) {
+  const std::string name = path == "/dev/null" ? "NUL" : path;
+  return CreateFileA(name.c_str(), for_write ? GENERIC_WRITE : GENERIC_READ,
+                     FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
+                     for_write ? CREATE_ALWAYS : OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+}
+
+// Starts one program with exactly these three handles inherited.
+inline HANDLE start_stage(std::string line, HANDLE in, HANDLE out, HANDLE err) {
+  for (HANDLE h : {in, out, err}) SetHandleInformation(h, HANDLE_FLAG_INHERIT, HANDLE_FLAG_INHERIT);
+  STARTUPINFOA si{};
+  si.cb = sizeof si;
+  si.dwFlags = STARTF_USESTDHANDLES;
+  si.hStdInput = in;
+  si.hStdOutput = out;
+  si.hStdError = err;
+  PROCESS_INFORMATION pi{};
+  const BOOL started =
+      CreateProcessA(nullptr, line.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &si, &pi);
+  for (HANDLE h : {in, out, err}) SetHandleInformation(h, HANDLE_FLAG_INHERIT, 0);
+  if (!started) return nullptr;
+  CloseHandle(pi.hThread);
+  return pi.hProcess;
+}
+
+// Runs `program` with the words of `args` (which may go on with "| program
+// args" stages and "< file", "> file" redirections), the VAR=value words of
+// `env` added to the environment, and returns the last program's exit code
+// (-1 when a program could not start). The last program's standard output
+// and every standard error go to `out`.
 inline int run_process(const std::string &program, const std::string &args,
                        const std::string &env, std::string &out) {
-  std::string line = command_line_word(program);
-  for (const std::string &w : shell_words(args)) line += " " + command_line_word(w);
-  // The child inherits the environment as it is at CreateProcess.
+  std::vector<Stage> stages{{command_line_word(program), {}, {}}};
+  const std::vector<ShellWord> words = shell_words(args);
+  for (size_t i = 0; i < words.size(); ++i) {
+    const ShellWord &w = words[i];
+    if (w.op && w.text == "|") {
+      stages.push_back({});
+    } else if (w.op && i + 1 < words.size()) {
+      (w.text == "<" ? stages.back().in : stages.back().out) = words[++i].text;
+    } else {
+      std::string &line = stages.back().line;
+      line += (line.empty() ? "" : " ") + command_line_word(w.text);
+    }
+  }
+  // The children inherit the environment as it is at CreateProcess.
   std::vector<std::pair<std::string, std::string>> saved;
-  for (const std::string &w : shell_words(env)) {
-    const size_t eq = w.find('=');
+  for (const ShellWord &w : shell_words(env)) {
+    const size_t eq = w.text.find('=');
     if (eq == std::string::npos) continue;
-    const std::string name = w.substr(0, eq);
+    const std::string name = w.text.substr(0, eq);
     char old[32767];
     const DWORD n = GetEnvironmentVariableA(name.c_str(), old, sizeof old);
     saved.emplace_back(name, n > 0 && n < sizeof old ? std::string(old, n) : std::string("\x01"));
-    SetEnvironmentVariableA(name.c_str(), w.substr(eq + 1).c_str());
+    SetEnvironmentVariableA(name.c_str(), w.text.substr(eq + 1).c_str());
   }
-  SECURITY_ATTRIBUTES inherit{sizeof inherit, nullptr, TRUE};
-  HANDLE read_end = nullptr, write_end = nullptr;
+  HANDLE collect_read = nullptr, collect_write = nullptr;
   int status = -1;
-  if (CreatePipe(&read_end, &write_end, &inherit, 0)) {
-    SetHandleInformation(read_end, HANDLE_FLAG_INHERIT, 0);
-    STARTUPINFOA si{};
-    si.cb = sizeof si;
-    si.dwFlags = STARTF_USESTDHANDLES;
-    si.hStdInput = GetStdHandle(STD_INPUT_HANDLE);
-    si.hStdOutput = write_end;
-    si.hStdError = write_end;
-    PROCESS_INFORMATION pi{};
-    const BOOL started = CreateProcessA(nullptr, line.data(), nullptr, nullptr, TRUE, 0, nullptr,
-                                        nullptr, &si, &pi);
-    CloseHandle(write_end);
-    if (started) {
-      char buf[4096];
-      DWORD n = 0;
-      while (ReadFile(read_end, buf, sizeof buf, &n, nullptr) && n > 0) out.append(buf, n);
-      WaitForSingleObject(pi.hProcess, INFINITE);
-      DWORD code = 0;
-      if (GetExitCodeProcess(pi.hProcess, &code)) status = static_cast<int>(code);
-      CloseHandle(pi.hProcess);
-      CloseHandle(pi.hThread);
+  if (CreatePipe(&collect_read, &collect_write, nullptr, 0)) {
+    std::vector<HANDLE> processes;
+    HANDLE next_in = GetStdHandle(STD_INPUT_HANDLE);
+    bool next_in_ours = false;
+    bool started = true;
+    for (size_t i = 0; i < stages.size(); ++i) {
+      const Stage &st = stages[i];
+      HANDLE in = next_in;
+      bool in_ours = next_in_ours;
+      if (!st.in.empty()) {
+        if (in_ours) CloseHandle(in);
+        in = open_redirect(st.in, false);
+        in_ours = true;
+      }
+      HANDLE stage_out = collect_write, pipe_read = nullptr;
+      bool out_ours = false;
+      if (!st.out.empty()) {
+        stage_out = open_redirect(st.out, true);
+        out_ours = true;
+      } else if (i + 1 < stages.size() && CreatePipe(&pipe_read, &stage_out, nullptr, 0)) {
+        out_ours = true;
+      }
+      HANDLE process = start_stage(st.line, in, stage_out, collect_write);
+      if (process != nullptr) {
+        processes.push_back(process);
+      } else {
+        started = false;
+      }
+      if (in_ours) CloseHandle(in);
+      if (out_ours) CloseHandle(stage_out);
+      next_in = pipe_read != nullptr ? pipe_read : GetStdHandle(STD_INPUT_HANDLE);
+      next_in_ours = pipe_read != nullptr;
     }
-    CloseHandle(read_end);
+    if (next_in_ours) CloseHandle(next_in);
+    CloseHandle(collect_write);
+    char buf[4096];
+    DWORD n = 0;
+    while (ReadFile(collect_read, buf, sizeof buf, &n, nullptr) && n > 0) out.append(buf, n);
+    CloseHandle(collect_read);
+    for (HANDLE p : processes) {
+      WaitForSingleObject(p, INFINITE);
+      DWORD code = 0;
+      if (p == processes.back() && started && GetExitCodeProcess(p, &code))
+        status = static_cast<int>(code);
+      CloseHandle(p);
+    }
   }
   for (const auto &[name, value] : saved)
     SetEnvironmentVariableA(name.c_str(), value == "\x01" ? nullptr : value.c_str());

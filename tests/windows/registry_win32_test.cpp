@@ -78,11 +78,14 @@ TEST_F(SystemRegistry, ThreadsWritingAtOnceLoseNothing) {
   }
 }
 
-TEST_F(SystemRegistry, UnknownRootsAreAnEmptyTree) {
+TEST_F(SystemRegistry, UnknownRootsAreEmptyAndRootsStay) {
   EXPECT_EQ(rsv_query_key("HKEY_NOWHERE\\SOFTWARE", nullptr, nullptr, M, __LINE__), RSV_E_NO_KEY);
   EXPECT_EQ(rsv_create_key("HKEY_NOWHERE\\SOFTWARE", M, __LINE__), RSV_E_BAD_ARGUMENT);
-  EXPECT_EQ(rsv_delete_key("HKEY_LOCAL_MACHINE", M, __LINE__), RSV_E_BAD_ARGUMENT)
-      << "a root key is never deleted";
+  ASSERT_EQ(rsv_create_key(full.c_str(), M, __LINE__), RSV_OK);
+  EXPECT_EQ(rsv_delete_key("HKEY_LOCAL_MACHINE", M, __LINE__), RSV_OK) << "empties the root";
+  uint16_t subkeys = 1;
+  EXPECT_EQ(rsv_query_key("HKEY_LOCAL_MACHINE", &subkeys, nullptr, M, __LINE__), RSV_OK);
+  EXPECT_EQ(subkeys, 0);
 }
 
 }  // namespace
