@@ -213,15 +213,224 @@ KORUTL_API void KORVOCleanupInternalProducts(KORVOIntProdData *record);
 
 /* ------------------------------------------------------------------------
  * Configuration tree: versions, values, instances, agents
+ *
+ * The tree lives in the configuration store under
+ * "HKEY_LOCAL_MACHINE\SOFTWARE\Vantrel\Halcyra": per product
+ * "Products\<product>", its versions "...\Versions\<version>", their
+ * instances "...\Instances\<instance>" and agents "...\Agents\<agent>".
+ * Every read goes through the registry service (libkorrsv); nothing is
+ * cached, so each call sees the store as it is.
+ *
+ * A name list (versions of a product, instances of a version) is one
+ * malloc block: n text pointers followed by n name slots of 256 bytes,
+ * with the count n delivered separately. It is ordered by the version
+ * key, greatest first: up to four runs of decimal digits p1..p4 of the
+ * name (other characters skipped, missing runs 0) give
+ * ((p1*100 + p2)*1000 + p3)*1000 + p4 modulo 2^32, so 3 comes before 2.10
+ * before 2.2.1, and "V2.3-beta" sorts as 2.3. Equal keys keep no defined
+ * order. Release a list with KORVOCfgFreeProductVersions (or its twin
+ * KORVOCfgFreeVersionInstances), never element by element.
+ *
+ * Key paths are composed in buffers of 256 bytes (768 for the latest-value
+ * search): a product, version, instance or agent name that would make a
+ * path longer than 255 (767) characters is refused with the function's
+ * failure result, never cut. Failure is a null result: a missing key or
+ * value, a store error and exhausted memory are not told apart, and a
+ * failing call leaves nothing allocated.
  * ------------------------------------------------------------------------ */
+
+/* The versions of `product` (subkeys of its "Versions" key) as a name
+ * list, greatest version first; *count (count may be null) receives the
+ * number of names. Null with *count 0 when product is null, the product
+ * has no "Versions" key or it has no subkeys, or the key path is too long.
+ * When memory for the list runs out the result is null and *count holds
+ * the number of versions the store reported. */
+KORUTL_API char **KORVOCfgGetProductVersions(const char *product, uint16_t *count);
+
+/* Releases a name list from KORVOCfgGetProductVersions or
+ * KORVOCfgGetVersionInstances (one block, one free). Null does nothing.
+ * The two names are the same operation. */
+KORUTL_API void KORVOCfgFreeProductVersions(char **list);
+KORUTL_API void KORVOCfgFreeVersionInstances(char **list);
+
+/* The text of value `valueName` ("" is the key's default value) of the
+ * key `keyPath` (a full path such as
+ * "HKEY_LOCAL_MACHINE\SOFTWARE\Vantrel\Halcyra\Global"), in a new
+ * block of exactly its length plus the zero; release it with free. Any
+ * value type is read as the bytes up to its first zero. Null when either
+ * argument is null, the key or value is missing, the text has 65535
+ * characters or more, or memory runs out. */
+KORUTL_API char *KORVOCfgGetValue(const char *keyPath, const char *valueName);
+
+/* The value `valueName` of the key "Products\<product>", as
+ * KORVOCfgGetValue gives it (release with free). Null when product is
+ * null or too long for the key path, or as KORVOCfgGetValue. Empty texts
+ * are taken as they are. */
+KORUTL_API char *KORVOCfgGetProductConfig(const char *product, const char *valueName);
+
+/* The value `valueName` of the key "Products\<product>\Versions\<version>",
+ * as KORVOCfgGetProductConfig. Null when product or version is null. */
+KORUTL_API char *KORVOCfgGetProductVersionConfig(const char *product, const char *version,
+                                                  const char *valueName);
+
+/* The value `valueName` of the agent key `agentKey` (a full path as
+ * KORVOCfgLocateAgentKey returns it); when the agent has no such value,
+ * that of the product version above it (the path with its last four
+ * levels -- agent, "Agents", instance, "Instances" -- removed). Release
+ * the result with free. Null when neither holds the value, when the
+ * agent key has fewer than four backslashes, and, since no agent key is
+ * longer than 255 characters, for a null or longer agentKey. */
+KORUTL_API char *KORVOCfgGetAgentConfig(const char *agentKey, const char *valueName);
+
+/* Searches the versions of `product`, greatest first, for the first whose
+ * key (or its subkey `subkey`, when subkey is neither null nor "") holds
+ * the value `valueName`, and returns that key's full path in a new block
+ * of 768 bytes (release with free). A null or empty product or valueName
+ * stands for "Default". Null when no version holds the value, the product
+ * has no versions, or its setting "Use_Strict_Version" (see
+ * KORVOGetSetting, section "Products\<product>") is a number that is
+ * not 0 modulo 256: a strict product is never searched. That setting is
+ * a number of at most three characters; a longer text is no valid
+ * setting and counts as unset (the search runs). A version whose path
+ * would exceed 767 characters ends the search with null rather than
+ * being skipped, as every over-long path of this family is refused. */
+KORUTL_API char *KORVOCfgGetProductVersionLatestValue(const char *product, const char *subkey,
+                                                       const char *valueName);
+
+/* The instances of a product version (subkeys of its "Instances" key) as
+ * a name list in version order, greatest instance key first (instances
+ * 10, 2, 1); *count (count may be null) receives the number of names.
+ * Release with KORVOCfgFreeVersionInstances. Null with *count 0 when
+ * product or version is null, the version has no instances or the key
+ * path is too long; when memory runs out, null with *count the number of
+ * instances the store reported. */
+KORUTL_API char **KORVOCfgGetVersionInstances(const char *product, const char *version,
+                                              uint16_t *count);
+
+/* The full key path of agent `agent`, searched through the versions of
+ * `product`, greatest first, under each version's first instance only
+ * (first in the store's order, which is case-insensitive name order): an
+ * agent registered only under a later instance is not found. Returns a
+ * malloc copy of the path, such as
+ * "HKEY_LOCAL_MACHINE\SOFTWARE\Vantrel\Halcyra\Products\P\Versions\2.2.1\Instances\3\Agents\A";
+ * release it with free. Null when no such agent key exists, product or
+ * agent is null, or a path would exceed 255 characters (the search then
+ * ends). */
+KORUTL_API char *KORVOCfgLocateAgentKey(const char *product, const char *agent);
+
+/* The key path of agent `agent` under instance `instance` of version
+ * `version` of `product`, when that key exists; a malloc copy, release it
+ * with free. A null version searches as KORVOCfgLocateAgentKey (instance
+ * is then ignored); a null instance stands for the version's greatest
+ * instance key (the first of KORVOCfgGetVersionInstances), and a version
+ * without instances gives null. Null also when product or agent is null,
+ * the agent key does not exist, or its path would exceed 255 characters. */
+KORUTL_API char *KORVOCfgLocateAgentKeyEx(const char *product, const char *version,
+                                          const char *instance, const char *agent);
 
 /* ------------------------------------------------------------------------
  * Language and message file registration, user authorisation
+ *
+ * Language libraries are registered as values of the version's key
+ * "...\Products\<product>\Versions\<version>\Languages" (value name: the
+ * language, data: the library's file name); event-layer message files as
+ * values of "...\Versions\<version>\EventLayerMessages". A product whose
+ * key has a subkey "Users" admits only the users listed there, one subkey
+ * per user ("...\Products\<product>\Users\<user>"), with every "\" of a
+ * user name stored as "/" (domain\user is the key domain/user).
+ *
+ * Paths are composed in 256-byte areas: a path of 256 characters or more
+ * is refused with the failure result, never cut. No state, no lock: any
+ * thread may call these; two registrations of one version at once may both
+ * create the key, which is harmless.
  * ------------------------------------------------------------------------ */
+
+/* Registers `fileName` (the library file, e.g. "hal_de.dll") under the
+ * value name `language` in the Languages key of `product` and `version`,
+ * creating the key when needed. A null or empty product, version or
+ * language stands for "Default". Returns 0 when registered, 1 on failure
+ * (a null `fileName`, a path too long, a store error). A registration whose
+ * value cannot be set leaves a key it created in place. */
+KORUTL_API uint8_t KORVOCfgRegisterLanguageFile(const char *product, const char *version,
+                                                const char *language, const char *fileName);
+
+/* Removes the whole Languages key of `product` and `version` ("Default"
+ * for null or empty), every language at once. Returns 0 when removed or
+ * when there was none, 1 when the store fails or the path is too long. */
+KORUTL_API uint8_t KORVOCfgDeRegisterLanguageFile(const char *product, const char *version);
+
+/* As KORVOCfgRegisterLanguageFile, in the version's EventLayerMessages key:
+ * `valueName` is the registrant's own name for the file. */
+KORUTL_API uint8_t KORVOCfgRegisterMessageFile(const char *product, const char *version,
+                                               const char *valueName, const char *fileName);
+
+/* Removes the whole EventLayerMessages key of `product` and `version`.
+ * Returns 0 when removed, when there was none and also when the key cannot
+ * be reached for another reason; 1 only when the delete itself fails or
+ * the path is too long. */
+KORUTL_API uint8_t KORVOCfgDeRegisterMessageFile(const char *product, const char *version);
+
+/* 1 when `product` has a "Users" key (access is restricted to the users
+ * listed there), else 0; 0 for a null product. An empty product is taken
+ * as it is (no "Default"). */
+KORUTL_API uint8_t KORVOCfgAuthorizationToBeChecked(const char *product);
+
+struct KORVOObjectId; /* the parsed object identifier, see below */
+
+/* 1 when `userName` is listed in the Users key of the product named by
+ * `objectId` (part 1), else 0. At most the first 255 characters of the
+ * name count, with "\" read as "/"; a user path of 256 characters or more
+ * is refused with 0. 0 also for a null user name, a null identifier or
+ * one without a product part. */
+KORUTL_API uint8_t KORVOCfgCheckAuthorization(const char *userName,
+                                              const struct KORVOObjectId *objectId);
 
 /* ------------------------------------------------------------------------
  * Enumerations and environment variables
+ *
+ * The values stored under one key of the configuration tree, in the order
+ * they were first set. Value names have at most 32 characters here (they
+ * travel in 33-byte slots); a value with a longer name is never reported
+ * under a cut name. Value data are read as text of at most 1535
+ * characters.
  * ------------------------------------------------------------------------ */
+
+/* Called once per value with its name and its text (both zero-terminated,
+ * valid only during the call, owned by the library). The result is not
+ * used. */
+typedef int32_t (*KORVOCfgEnumCallback)(const char *name, const char *data);
+
+/* Calls `callback` for each value of the key `keyPath` (a full path), on
+ * the caller's thread, before returning. A value that cannot be read --
+ * data of 1536 bytes or more, a value removed meanwhile, a name longer
+ * than 32 characters -- is skipped silently. Nothing is called when the
+ * key is missing, has no values, keyPath is null or memory runs out; a
+ * null callback returns at once without reading the store. */
+KORUTL_API void KORVOCfgEnumerate(const char *keyPath, KORVOCfgEnumCallback callback);
+
+/* KORVOCfgEnumerate of the management layer's plug-ins,
+ * "HKEY_LOCAL_MACHINE\SOFTWARE\Vantrel\Halcyra\MILayer\PlugIn". */
+KORUTL_API void KORVOCfgEnumerateMilPlugIn(KORVOCfgEnumCallback callback);
+
+/* KORVOCfgEnumerate of the SNMP trap destinations,
+ * "HKEY_LOCAL_MACHINE\SOFTWARE\Vantrel\Halcyra\SNMPLayer\Notifications". */
+KORUTL_API void KORVOCfgEnumerateSnmpTrapDest(KORVOCfgEnumCallback callback);
+
+/* The names of the environment variables of `component`: the value names
+ * of "HKEY_LOCAL_MACHINE\SOFTWARE\Vantrel\Halcyra\<component>\Environment".
+ * Returns an array of *count pointers, each to its own malloc block of 33
+ * bytes holding one name; release it with KORVOCfgFreeEnvironmentVars and
+ * the same count. Only names are read, not the values' data.
+ * Null with *count 0 when component is null or "", the key is missing or
+ * has no values, memory runs out, or the key path would exceed 255
+ * characters. A null count returns null. A value name longer than 32
+ * characters cannot be returned whole, so the whole list is refused (null,
+ * *count 0) rather than holding a cut name that names no variable. */
+KORUTL_API char **KORVOCfgGetEnvironmentVars(const char *component, uint16_t *count);
+
+/* Releases the first `count` names of `vars` and then the array; a null
+ * array does nothing. */
+KORUTL_API void KORVOCfgFreeEnvironmentVars(char **vars, uint16_t count);
 
 /* ------------------------------------------------------------------------
  * Synchronised stack
@@ -528,7 +737,98 @@ KORUTL_API int32_t KORVOprintf(const char *format, ...)
 
 /* ------------------------------------------------------------------------
  * Localised texts
+ *
+ * Message texts come from language libraries: shared objects, one per
+ * product, version (optionally instance) and language, registered as values
+ * of the version's Languages key (see KORVOCfgRegisterLanguageFile) and
+ * loaded through libkoross, which resolves a file name along
+ * KORVO_LANGUAGE_PATH and retries a name ending in ".dll" with ".so". A
+ * library exports, with C linkage,
+ *   const char *GetStringResource(const char *objectId, const char *language,
+ *                                 const char *key);
+ * or, if it lacks that,
+ *   const char *get_resource(const char *key);
+ * A library with neither, or a file that does not load, is skipped (the
+ * OS-services trace, when installed, gets one line per failure).
+ *
+ * A cache (a KORVOStack of loaded libraries, newest on top) keeps every
+ * library it loaded until the cache is ended: a library is loaded once and
+ * then found in the cache by every matching request, which reads nothing
+ * from the configuration store. Libraries are never released while the
+ * cache lives, however long unused, so every text handed out stays valid
+ * until KORVOFiniteI18n (or KORVOFiniteI18NStrings for the library's own
+ * cache); the texts are the libraries' own: never free or change them.
+ *
+ * Threads: any number of threads may call KORVOLoadI18NStringEx on one
+ * cache at once, and KORVOLoadI18NString at once. Two threads missing the
+ * same library both load it and both add it; both records stay valid.
+ * Callers must serialise: KORVOInitI18n and KORVOFiniteI18n with every
+ * other call that uses that cache, and KORVOFiniteI18NStrings with every
+ * other call of this section (the library's own cache is created safely
+ * by whichever call comes first). The step of the chain that reads the
+ * current locale sets the process locale from the environment
+ * (setlocale(LC_ALL, "")), which must not race other threads' use of the
+ * locale; it runs only when every earlier step found nothing.
  * ------------------------------------------------------------------------ */
+
+/* Creates a cache into `*cache` when `*cache` is null; an existing cache is
+ * left as it is. On failure (no memory, no lock) `*cache` stays null and
+ * KORVOLoadI18NStringEx with it returns null. A null `cache` does
+ * nothing. */
+KORUTL_API void KORVOInitI18n(KORVOStack **cache);
+
+/* Ends the cache `*cache`: unloads every library it holds and releases
+ * every record (all of them, not only the newest), destroys the stack and
+ * sets `*cache` to null. Texts obtained through the cache become invalid.
+ * A null `cache` or `*cache` does nothing. */
+KORUTL_API void KORVOFiniteI18n(KORVOStack **cache);
+
+/* The text of message `key` for the object named by `objectId` (such as
+ * "\localhost\Orrery\2.10\main": product, version, instance and deeper
+ * levels) in `language`, from the language library that the following
+ * chain finds first, loading it into `cache` when needed. A missing or
+ * empty product or version stands for "Default"; a null or empty language
+ * is "Default" (the requested language below). Language names are looked
+ * up with each of " .-_@" read as "-": "en_US.ISO8859-1" as
+ * "en-US-ISO8859-1", then "en-US", then "en".
+ *   a. the requested language in the Languages key of the version (with
+ *      the identifier's levels from the instance down, when it has any:
+ *      "...\Versions\1.0\i1\sub\Languages");
+ *   b. the Languages key of the product's highest version that has one
+ *      (not when the product's setting "Use_Strict_Version" is a number of
+ *      one to three digits whose value modulo 256 is not 0; a longer value
+ *      counts as unset); from here on the request names that version;
+ *   c. the language "Default" there; d. as b;
+ *   e. a library file named after the requested language, "de.dll" for
+ *      "de" (found as de.so);
+ *   f. the language of Halcyra's setting Global\Language, when it is set;
+ *      g. as b;
+ *   h. the current locale's name (e.g. "de_DE.UTF-8"); i. as b.
+ * The library's entry point is called with `objectId` as passed (null
+ * included), the requested language and `key`; its text, null included, is
+ * the result, and no further step is tried. When no step finds a library:
+ * for a product other than "Halcyra" (any letter case) Halcyra's own text
+ * for "_RC_LANG_NOT_FOUND" in the requested language (KORVOLoadI18NString);
+ * for Halcyra itself "(KOR0301) Cannot find language library (language not
+ * installed for product).", a constant of this library.
+ * Limits: a key path, instance path or file name of 768 characters or
+ * more is never cut: that step finds nothing and the chain goes on;
+ * language names of 96 characters or more have no registered library. An
+ * identifier that cannot be parsed counts as one without parts.
+ * Returns null for a null `cache` or `key`, and when memory runs out.
+ * Not tried: the language given by the identifier text itself. */
+KORUTL_API const char *KORVOLoadI18NStringEx(KORVOStack *cache, const char *objectId,
+                                             const char *language, const char *key);
+
+/* KORVOLoadI18NStringEx with the library's own cache (created at the first
+ * call) and Halcyra's own identifier "\localhost\Halcyra\2.2.1.3". A null
+ * or empty `language` is Halcyra's setting Global\Language, or "Default"
+ * when that is not set. */
+KORUTL_API const char *KORVOLoadI18NString(const char *language, const char *key);
+
+/* Ends the library's own cache (KORVOFiniteI18n); the next
+ * KORVOLoadI18NString creates it afresh. */
+KORUTL_API void KORVOFiniteI18NStrings(void);
 
 /* ------------------------------------------------------------------------
  * Unicode conversions: UTF-8, UTF-16, UCS-4

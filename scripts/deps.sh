@@ -9,6 +9,7 @@ packages=(
   libicu-dev
   libcrypto++-dev libssl-dev
   electric-fence
+  gettext
 )
 missing=()
 for p in "${packages[@]}"; do

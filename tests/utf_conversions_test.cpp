@@ -153,4 +153,63 @@ TEST(UtfConversions, ResumesWhereItStopped) {
   EXPECT_EQ(whole, (U32{'x', 0x20AC, 0x1F600, 'y', 0xE9}));
 }
 
+// Long conversions run a bulk stage that stores characters in their widest
+// form; whatever the room, the result must equal converting through a
+// target too small for that stage, and nothing past the returned target
+// position may change.
+template <typename From, typename To>
+void expect_same_as_small_target(int32_t (*fn)(const From **, const From *, To **, To *),
+                                 const std::vector<From> &in) {
+  constexpr To kUntouched = static_cast<To>(0x5A5A5A5Au);
+  std::vector<To> reference;
+  const From *rs = in.data();
+  int32_t reference_result;
+  do {
+    To small[8];
+    To *t = small;
+    reference_result = fn(&rs, in.data() + in.size(), &t, small + 8);
+    reference.insert(reference.end(), small, t);
+  } while (reference_result == CONV_TARGET_EXHAUSTED);
+  for (size_t room = 0; room <= reference.size() + 20; room += 1 + room / 8) {
+    std::vector<To> target(room + 8, kUntouched);
+    const From *s = in.data();
+    To *t = target.data();
+    const int32_t r = fn(&s, in.data() + in.size(), &t, target.data() + room);
+    const auto written = static_cast<size_t>(t - target.data());
+    ASSERT_LE(written, room);
+    ASSERT_TRUE(std::equal(target.data(), t, reference.begin())) << "room " << room;
+    ASSERT_TRUE(std::all_of(t, target.data() + target.size(), [](To u) { return u == kUntouched; }))
+        << "changed past the end, room " << room;
+    if (written == reference.size()) {
+      EXPECT_EQ(r, reference_result) << "room " << room;
+      EXPECT_EQ(s, rs) << "room " << room;
+    } else {
+      EXPECT_EQ(r, CONV_TARGET_EXHAUSTED) << "room " << room;
+    }
+  }
+}
+
+TEST(UtfConversions, BulkStageMatchesSmallTargets) {
+  // Units chosen to hit every length, stray and malformed bytes, lone and
+  // paired surrogates, and ASCII runs long enough for the block copy.
+  const U8 bytes = {'a', 'b', 'c', 'd', 'e', 'f', 'g', 'h', 0xC3, 0xA9, 0xE2, 0x82, 0xAC,
+                    0xF0, 0x9F, 0x98, 0x80, 0x80, 0xC3, 0x41, 0xF8, 0x88, 0x80, 0x80, 0x80,
+                    0xFC, 0x84, 0x80, 0x80, 0x80, 0x80, 0xFF, 0xE0, 0x80, 0x80};
+  const U16 units = {'x', 'y', 'z', 'w', 0xE9, 0x20AC, 0xD83D, 0xDE00, 0xD83D, 'q',
+                     0xDE00, 0x7FF, 0x800, 0xFFFF, 0xDBFF, 0xDFFF};
+  for (uint32_t seed = 1; seed <= 40; ++seed) {
+    U8 text;
+    U16 wide;
+    uint32_t x = seed;
+    for (int i = 0; i < 300; ++i) {
+      x = x * 1103515245u + 12345u;
+      text.push_back(bytes[(x >> 16) % bytes.size()]);
+      wide.push_back(units[(x >> 20) % units.size()]);
+    }
+    expect_same_as_small_target(KORVOConvertUTF8toUTF16, text);
+    expect_same_as_small_target(KORVOConvertUTF8toUCS4, text);
+    expect_same_as_small_target(KORVOConvertUTF16toUTF8, wide);
+  }
+}
+
 }  // namespace
