@@ -9,6 +9,7 @@ packages=(
   libicu-dev
   libcrypto++-dev libssl-dev
   electric-fence
+  doxygen help2man dpkg-dev
 )
 missing=()
 for p in "${packages[@]}"; do
