@@ -40,7 +40,6 @@ cmake --build cmake-build >/dev/null
 
 "$top/scripts/readme-block.sh" example-program > example.c
 (bash -euo pipefail -c "$("$top/scripts/readme-block.sh" example-build)")
-./example >/dev/null
 
 $sudo apt-get purge -y -qq "${packages[@]}" >/dev/null
 for p in "${packages[@]}"; do

@@ -4,22 +4,13 @@
 #include <fstream>
 #include <string>
 
-#include "tests/support/run_tool.h"
-#include "tests/support/temp_store.h"
+#include "tests/support/tool_store.h"
 
 namespace {
 
 using korutl_test::run_tool;
 
-class DemoTool : public korutl_test::TempStore {
- protected:
-  void SetUp() override {
-#ifndef KORUTL_TOOL_FILE
-    GTEST_SKIP() << "the korutl command is not built in this configuration";
-#endif
-    TempStore::SetUp();
-  }
-};
+using DemoTool = korutl_test::ToolStore;
 
 size_t lines(const std::string &text) {
   size_t n = 0;
@@ -58,7 +49,7 @@ TEST_F(DemoTool, ImportsIntoTheStoreThatIsNamed) {
 
 // A sample that does not import fails its step, and the demo exits 1.
 TEST_F(DemoTool, FailsWhenTheSampleDoesNotImport) {
-  const std::string bad = std::filesystem::path(file()).parent_path() / "bad.reg";
+  const std::string bad = std::filesystem::path(file()).parent_path().parent_path() / "bad.reg";
   std::ofstream(bad) << "Windows Registry Editor Version 5.00\n\n[HKEY_LOCAL_MACHINE\n";
   const auto r = run_tool("demo --sample '" + bad + "'");
   EXPECT_EQ(r.status, 1) << r.out;

@@ -2,22 +2,13 @@
 
 #include <string>
 
-#include "tests/support/run_tool.h"
-#include "tests/support/temp_store.h"
+#include "tests/support/tool_store.h"
 
 namespace {
 
 using korutl_test::run_tool;
 
-class RegTool : public korutl_test::TempStore {
- protected:
-  void SetUp() override {
-#ifndef KORUTL_TOOL_FILE
-    GTEST_SKIP() << "the korutl command is not built in this configuration";
-#endif
-    TempStore::SetUp();
-  }
-};
+using RegTool = korutl_test::ToolStore;
 
 const std::string key = "'HKLM\\SOFTWARE\\Vantrel\\Halcyra\\Global'";
 
