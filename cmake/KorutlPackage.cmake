@@ -34,8 +34,9 @@ set(CPACK_DEBIAN_LIBS_PACKAGE_SECTION libs)
 set(CPACK_DEBIAN_LIBS_DESCRIPTION "Halcyra utility library
  The shared libraries libkorutl.so.2 and its four sibling libraries
  (registry service, spin locks, OS services, code-page conversion).")
-# A shlibs file, so that packages built against libkorutl2 depend on it.
-set(CPACK_DEBIAN_LIBS_PACKAGE_GENERATE_SHLIBS ON)
+# A shlibs file (and the ldconfig trigger), so that packages built against
+# libkorutl2 depend on it; only libkorutl2 holds libraries.
+set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY ">=")
 
 set(CPACK_DEBIAN_DEV_PACKAGE_NAME libkorutl-dev)
