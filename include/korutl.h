@@ -214,7 +214,121 @@ KORUTL_API void KORVOCleanupInternalProducts(KORVOIntProdData *record);
 
 /* ------------------------------------------------------------------------
  * Configuration tree: versions, values, instances, agents
+ *
+ * The tree lives in the configuration store under
+ * "HKEY_LOCAL_MACHINE\SOFTWARE\Vantrel\Halcyra": per product
+ * "Products\<product>", its versions "...\Versions\<version>", their
+ * instances "...\Instances\<instance>" and agents "...\Agents\<agent>".
+ * Every read goes through the registry service (libkorrsv); nothing is
+ * cached, so each call sees the store as it is.
+ *
+ * A name list (versions of a product, instances of a version) is one
+ * malloc block: n text pointers followed by n name slots of 256 bytes,
+ * with the count n delivered separately. It is ordered by the version
+ * key, greatest first: up to four runs of decimal digits p1..p4 of the
+ * name (other characters skipped, missing runs 0) give
+ * ((p1*100 + p2)*1000 + p3)*1000 + p4 modulo 2^32, so 3 comes before 2.10
+ * before 2.2.1, and "V2.3-beta" sorts as 2.3. Equal keys keep no defined
+ * order. Release a list with KORVOCfgFreeProductVersions (or its twin
+ * KORVOCfgFreeVersionInstances), never element by element.
+ *
+ * Key paths are composed in buffers of 256 bytes (768 for the latest-value
+ * search): a product, version, instance or agent name that would make a
+ * path longer than 255 (767) characters is refused with the function's
+ * failure result, never cut. Failure is a null result: a missing key or
+ * value, a store error and exhausted memory are not told apart, and a
+ * failing call leaves nothing allocated.
  * ------------------------------------------------------------------------ */
+
+/* The versions of `product` (subkeys of its "Versions" key) as a name
+ * list, greatest version first; *count (count may be null) receives the
+ * number of names. Null with *count 0 when product is null, the product
+ * has no "Versions" key or it has no subkeys, or the key path is too long.
+ * When memory for the list runs out the result is null and *count holds
+ * the number of versions the store reported. */
+KORUTL_API char **KORVOCfgGetProductVersions(const char *product, uint16_t *count);
+
+/* Releases a name list from KORVOCfgGetProductVersions or
+ * KORVOCfgGetVersionInstances (one block, one free). Null does nothing.
+ * The two names are the same operation. */
+KORUTL_API void KORVOCfgFreeProductVersions(char **list);
+KORUTL_API void KORVOCfgFreeVersionInstances(char **list);
+
+/* The text of value `valueName` ("" is the key's default value) of the
+ * key `keyPath` (a full path such as
+ * "HKEY_LOCAL_MACHINE\SOFTWARE\Vantrel\Halcyra\Global"), in a new
+ * block of exactly its length plus the zero; release it with free. Any
+ * value type is read as the bytes up to its first zero. Null when either
+ * argument is null, the key or value is missing, the text has 65535
+ * characters or more, or memory runs out. */
+KORUTL_API char *KORVOCfgGetValue(const char *keyPath, const char *valueName);
+
+/* The value `valueName` of the key "Products\<product>", as
+ * KORVOCfgGetValue gives it (release with free). Null when product is
+ * null or too long for the key path, or as KORVOCfgGetValue. Empty texts
+ * are taken as they are. */
+KORUTL_API char *KORVOCfgGetProductConfig(const char *product, const char *valueName);
+
+/* The value `valueName` of the key "Products\<product>\Versions\<version>",
+ * as KORVOCfgGetProductConfig. Null when product or version is null. */
+KORUTL_API char *KORVOCfgGetProductVersionConfig(const char *product, const char *version,
+                                                  const char *valueName);
+
+/* The value `valueName` of the agent key `agentKey` (a full path as
+ * KORVOCfgLocateAgentKey returns it); when the agent has no such value,
+ * that of the product version above it (the path with its last four
+ * levels -- agent, "Agents", instance, "Instances" -- removed). Release
+ * the result with free. Null when neither holds the value, when the
+ * agent key has fewer than four backslashes, and, since no agent key is
+ * longer than 255 characters, for a null or longer agentKey. */
+KORUTL_API char *KORVOCfgGetAgentConfig(const char *agentKey, const char *valueName);
+
+/* Searches the versions of `product`, greatest first, for the first whose
+ * key (or its subkey `subkey`, when subkey is neither null nor "") holds
+ * the value `valueName`, and returns that key's full path in a new block
+ * of 768 bytes (release with free). A null or empty product or valueName
+ * stands for "Default". Null when no version holds the value, the product
+ * has no versions, or its setting "Use_Strict_Version" (see
+ * KORVOGetSetting, section "Products\<product>") is a number that is
+ * not 0 modulo 256: a strict product is never searched.
+ * Left to the implementer, chosen here: "Use_Strict_Version" is a number
+ * of at most three characters; a longer text is no valid setting and
+ * counts as unset (the search runs). A version whose path would exceed
+ * 767 characters ends the search with null rather than being skipped,
+ * as every over-long path of this family is refused. */
+KORUTL_API char *KORVOCfgGetProductVersionLatestValue(const char *product, const char *subkey,
+                                                       const char *valueName);
+
+/* The instances of a product version (subkeys of its "Instances" key) as
+ * a name list in version order, greatest instance key first (instances
+ * 10, 2, 1); *count (count may be null) receives the number of names.
+ * Release with KORVOCfgFreeVersionInstances. Null with *count 0 when
+ * product or version is null, the version has no instances or the key
+ * path is too long; when memory runs out, null with *count the number of
+ * instances the store reported. */
+KORUTL_API char **KORVOCfgGetVersionInstances(const char *product, const char *version,
+                                              uint16_t *count);
+
+/* The full key path of agent `agent`, searched through the versions of
+ * `product`, greatest first, under each version's first instance only
+ * (first in the store's order, which is case-insensitive name order): an
+ * agent registered only under a later instance is not found. Returns a
+ * malloc copy of the path, such as
+ * "HKEY_LOCAL_MACHINE\SOFTWARE\Vantrel\Halcyra\Products\P\Versions\2.2.1\Instances\3\Agents\A";
+ * release it with free. Null when no such agent key exists, product or
+ * agent is null, or a path would exceed 255 characters (the search then
+ * ends). */
+KORUTL_API char *KORVOCfgLocateAgentKey(const char *product, const char *agent);
+
+/* The key path of agent `agent` under instance `instance` of version
+ * `version` of `product`, when that key exists; a malloc copy, release it
+ * with free. A null version searches as KORVOCfgLocateAgentKey (instance
+ * is then ignored); a null instance stands for the version's greatest
+ * instance key (the first of KORVOCfgGetVersionInstances), and a version
+ * without instances gives null. Null also when product or agent is null,
+ * the agent key does not exist, or its path would exceed 255 characters. */
+KORUTL_API char *KORVOCfgLocateAgentKeyEx(const char *product, const char *version,
+                                          const char *instance, const char *agent);
 
 /* ------------------------------------------------------------------------
  * Language and message file registration, user authorisation
@@ -222,7 +336,51 @@ KORUTL_API void KORVOCleanupInternalProducts(KORVOIntProdData *record);
 
 /* ------------------------------------------------------------------------
  * Enumerations and environment variables
+ *
+ * The values stored under one key of the configuration tree, in the order
+ * they were first set. Value names have at most 32 characters here (they
+ * travel in 33-byte slots); a value with a longer name is never reported
+ * under a cut name. Value data are read as text of at most 1535
+ * characters.
  * ------------------------------------------------------------------------ */
+
+/* Called once per value with its name and its text (both zero-terminated,
+ * valid only during the call, owned by the library). The result is not
+ * used. */
+typedef int32_t (*KORVOCfgEnumCallback)(const char *name, const char *data);
+
+/* Calls `callback` for each value of the key `keyPath` (a full path), on
+ * the caller's thread, before returning. A value that cannot be read --
+ * data of 1536 bytes or more, a value removed meanwhile, a name longer
+ * than 32 characters -- is skipped silently. Nothing is called when the
+ * key is missing, has no values, keyPath is null or memory runs out; a
+ * null callback returns at once without reading the store. */
+KORUTL_API void KORVOCfgEnumerate(const char *keyPath, KORVOCfgEnumCallback callback);
+
+/* KORVOCfgEnumerate of the management layer's plug-ins,
+ * "HKEY_LOCAL_MACHINE\SOFTWARE\Vantrel\Halcyra\MILayer\PlugIn". */
+KORUTL_API void KORVOCfgEnumerateMilPlugIn(KORVOCfgEnumCallback callback);
+
+/* KORVOCfgEnumerate of the SNMP trap destinations,
+ * "HKEY_LOCAL_MACHINE\SOFTWARE\Vantrel\Halcyra\SNMPLayer\Notifications". */
+KORUTL_API void KORVOCfgEnumerateSnmpTrapDest(KORVOCfgEnumCallback callback);
+
+/* The names of the environment variables of `component`: the value names
+ * of "HKEY_LOCAL_MACHINE\SOFTWARE\Vantrel\Halcyra\<component>\Environment".
+ * Returns an array of *count pointers, each to its own malloc block of 33
+ * bytes holding one name; release it with KORVOCfgFreeEnvironmentVars and
+ * the same count. Only names are read, not the values' data.
+ * Null with *count 0 when component is null or "", the key is missing or
+ * has no values, memory runs out, or the key path would exceed 255
+ * characters. A null count returns null.
+ * Left to the implementer, chosen here: a value name longer than 32
+ * characters cannot be returned whole, so the whole list is refused (null,
+ * *count 0) rather than holding a cut name that names no variable. */
+KORUTL_API char **KORVOCfgGetEnvironmentVars(const char *component, uint16_t *count);
+
+/* Releases the first `count` names of `vars` and then the array; a null
+ * array does nothing. */
+KORUTL_API void KORVOCfgFreeEnvironmentVars(char **vars, uint16_t count);
 
 /* ------------------------------------------------------------------------
  * Synchronised stack

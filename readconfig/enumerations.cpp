@@ -1,0 +1,100 @@
+// Enumerations of the values of a key, handed one by one to a caller's
+// callback, and the names of a component's environment variables.
+#include <cstdlib>
+
+#include "korutl.h"
+#include "readconfig/cfg_paths.h"
+#include "readconfig/name_list.h"
+#include "siblings/rsv/rsv.h"
+
+namespace cfg = korutl::cfg;
+
+namespace {
+
+// Data of one value as the enumeration reads it; longer values are skipped.
+constexpr uint16_t data_size = 1536;
+
+void free_slots(char **names, uint16_t count) {
+  for (uint16_t i = 0; i < count; ++i) std::free(names[i]);
+  std::free(names);
+}
+
+}  // namespace
+
+extern "C" {
+
+KORUTL_API void KORVOCfgEnumerate(const char *keyPath, KORVOCfgEnumCallback callback) {
+  if (callback == nullptr) return;
+  uint16_t subkeys = 0;
+  uint16_t values = 0;
+  if (rsv_query_key(keyPath, &subkeys, &values, cfg::prodcfg_module, __LINE__) != RSV_OK ||
+      values == 0)
+    return;
+  auto **names = static_cast<char **>(std::malloc(values * sizeof(char *)));
+  auto *block = static_cast<char *>(std::malloc(values * cfg::value_name_slot));
+  if (names != nullptr && block != nullptr) {
+    for (uint16_t i = 0; i < values; ++i) names[i] = block + i * cfg::value_name_slot;
+    uint16_t written = values;
+    if (rsv_enum_values(keyPath, names, &written, cfg::prodcfg_module, __LINE__) == RSV_OK) {
+      char data[data_size];
+      for (uint16_t i = 0; i < written; ++i) {
+        if (cfg::ValueNameWasCut(keyPath, names, i)) continue;  // not a name of this key
+        uint16_t length = data_size;
+        if (rsv_get_value(keyPath, names[i], data, &length, cfg::prodcfg_module, __LINE__) == RSV_OK)
+          callback(names[i], data);
+      }
+    }
+  }
+  std::free(block);
+  std::free(names);
+}
+
+KORUTL_API void KORVOCfgEnumerateMilPlugIn(KORVOCfgEnumCallback callback) {
+  KORVOCfgEnumerate(cfg::plugin_key, callback);
+}
+
+KORUTL_API void KORVOCfgEnumerateSnmpTrapDest(KORVOCfgEnumCallback callback) {
+  KORVOCfgEnumerate(cfg::trap_dest_key, callback);
+}
+
+KORUTL_API char **KORVOCfgGetEnvironmentVars(const char *component, uint16_t *count) {
+  if (count == nullptr) return nullptr;
+  *count = 0;
+  char key[cfg::path_size];
+  if (component == nullptr || *component == '\0' ||
+      !cfg::compose(key, sizeof key, cfg::environment_key, component))
+    return nullptr;
+  uint16_t values = 0;
+  if (rsv_query_key(key, nullptr, &values, cfg::prodcfg_module, __LINE__) != RSV_OK || values == 0)
+    return nullptr;
+  auto **names = static_cast<char **>(std::malloc(values * sizeof(char *)));
+  if (names == nullptr) return nullptr;
+  for (uint16_t i = 0; i < values; ++i) {
+    names[i] = static_cast<char *>(std::malloc(cfg::value_name_slot));
+    if (names[i] == nullptr) {
+      free_slots(names, i);
+      return nullptr;
+    }
+  }
+  uint16_t written = values;
+  bool complete =
+      rsv_enum_values(key, names, &written, cfg::prodcfg_module, __LINE__) == RSV_OK && written > 0;
+  // A cut name is the name of no variable: the list is refused whole.
+  for (uint16_t i = 0; complete && i < written; ++i)
+    complete = !cfg::ValueNameWasCut(key, names, i);
+  if (!complete) {
+    free_slots(names, values);
+    return nullptr;
+  }
+  // Slots beyond the names written (values removed meanwhile) go now: the
+  // caller releases as many as the count tells.
+  for (uint16_t i = written; i < values; ++i) std::free(names[i]);
+  *count = written;
+  return names;
+}
+
+KORUTL_API void KORVOCfgFreeEnvironmentVars(char **vars, uint16_t count) {
+  if (vars != nullptr) free_slots(vars, count);
+}
+
+}  // extern "C"
