@@ -332,7 +332,60 @@ KORUTL_API char *KORVOCfgLocateAgentKeyEx(const char *product, const char *versi
 
 /* ------------------------------------------------------------------------
  * Language and message file registration, user authorisation
+ *
+ * Language libraries are registered as values of the version's key
+ * "...\Products\<product>\Versions\<version>\Languages" (value name: the
+ * language, data: the library's file name); event-layer message files as
+ * values of "...\Versions\<version>\EventLayerMessages". A product whose
+ * key has a subkey "Users" admits only the users listed there, one subkey
+ * per user ("...\Products\<product>\Users\<user>"), with every "\" of a
+ * user name stored as "/" (domain\user is the key domain/user).
+ *
+ * Paths are composed in 256-byte areas: a path of 256 characters or more
+ * is refused with the failure result, never cut. No state, no lock: any
+ * thread may call these; two registrations of one version at once may both
+ * create the key, which is harmless.
  * ------------------------------------------------------------------------ */
+
+/* Registers `fileName` (the library file, e.g. "hal_de.dll") under the
+ * value name `language` in the Languages key of `product` and `version`,
+ * creating the key when needed. A null or empty product, version or
+ * language stands for "Default". Returns 0 when registered, 1 on failure
+ * (a null `fileName`, a path too long, a store error). A registration whose
+ * value cannot be set leaves a key it created in place. */
+KORUTL_API uint8_t KORVOCfgRegisterLanguageFile(const char *product, const char *version,
+                                                const char *language, const char *fileName);
+
+/* Removes the whole Languages key of `product` and `version` ("Default"
+ * for null or empty), every language at once. Returns 0 when removed or
+ * when there was none, 1 when the store fails or the path is too long. */
+KORUTL_API uint8_t KORVOCfgDeRegisterLanguageFile(const char *product, const char *version);
+
+/* As KORVOCfgRegisterLanguageFile, in the version's EventLayerMessages key:
+ * `valueName` is the registrant's own name for the file. */
+KORUTL_API uint8_t KORVOCfgRegisterMessageFile(const char *product, const char *version,
+                                               const char *valueName, const char *fileName);
+
+/* Removes the whole EventLayerMessages key of `product` and `version`.
+ * Returns 0 when removed, when there was none and also when the key cannot
+ * be reached for another reason; 1 only when the delete itself fails or
+ * the path is too long. */
+KORUTL_API uint8_t KORVOCfgDeRegisterMessageFile(const char *product, const char *version);
+
+/* 1 when `product` has a "Users" key (access is restricted to the users
+ * listed there), else 0; 0 for a null product. An empty product is taken
+ * as it is (no "Default"). */
+KORUTL_API uint8_t KORVOCfgAuthorizationToBeChecked(const char *product);
+
+struct KORVOObjectId; /* the parsed object identifier, see below */
+
+/* 1 when `userName` is listed in the Users key of the product named by
+ * `objectId` (part 1), else 0. At most the first 255 characters of the
+ * name count, with "\" read as "/"; a user path of 256 characters or more
+ * is refused with 0. 0 also for a null user name, a null identifier or
+ * one without a product part. */
+KORUTL_API uint8_t KORVOCfgCheckAuthorization(const char *userName,
+                                              const struct KORVOObjectId *objectId);
 
 /* ------------------------------------------------------------------------
  * Enumerations and environment variables
@@ -691,7 +744,98 @@ KORUTL_API int32_t KORVOprintf(const char *format, ...)
 
 /* ------------------------------------------------------------------------
  * Localised texts
+ *
+ * Message texts come from language libraries: shared objects, one per
+ * product, version (optionally instance) and language, registered as values
+ * of the version's Languages key (see KORVOCfgRegisterLanguageFile) and
+ * loaded through libkoross, which resolves a file name along
+ * KORVO_LANGUAGE_PATH and retries a name ending in ".dll" with ".so". A
+ * library exports, with C linkage,
+ *   const char *GetStringResource(const char *objectId, const char *language,
+ *                                 const char *key);
+ * or, if it lacks that,
+ *   const char *get_resource(const char *key);
+ * A library with neither, or a file that does not load, is skipped (the
+ * OS-services trace, when installed, gets one line per failure).
+ *
+ * A cache (a KORVOStack of loaded libraries, newest on top) keeps every
+ * library it loaded until the cache is ended: a library is loaded once and
+ * then found in the cache by every matching request, which reads nothing
+ * from the configuration store. Libraries are never released while the
+ * cache lives, however long unused, so every text handed out stays valid
+ * until KORVOFiniteI18n (or KORVOFiniteI18NStrings for the library's own
+ * cache); the texts are the libraries' own: never free or change them.
+ *
+ * Threads: any number of threads may call KORVOLoadI18NStringEx on one
+ * cache at once, and KORVOLoadI18NString at once. Two threads missing the
+ * same library both load it and both add it; both records stay valid.
+ * Callers must serialise: KORVOInitI18n and KORVOFiniteI18n with every
+ * other call that uses that cache, and KORVOFiniteI18NStrings with every
+ * other call of this section (the library's own cache is created safely
+ * by whichever call comes first). The step of the chain that reads the
+ * current locale sets the process locale from the environment
+ * (setlocale(LC_ALL, "")), which must not race other threads' use of the
+ * locale; it runs only when every earlier step found nothing.
  * ------------------------------------------------------------------------ */
+
+/* Creates a cache into `*cache` when `*cache` is null; an existing cache is
+ * left as it is. On failure (no memory, no lock) `*cache` stays null and
+ * KORVOLoadI18NStringEx with it returns null. A null `cache` does
+ * nothing. */
+KORUTL_API void KORVOInitI18n(KORVOStack **cache);
+
+/* Ends the cache `*cache`: unloads every library it holds and releases
+ * every record (all of them, not only the newest), destroys the stack and
+ * sets `*cache` to null. Texts obtained through the cache become invalid.
+ * A null `cache` or `*cache` does nothing. */
+KORUTL_API void KORVOFiniteI18n(KORVOStack **cache);
+
+/* The text of message `key` for the object named by `objectId` (such as
+ * "\localhost\Orrery\2.10\main": product, version, instance and deeper
+ * levels) in `language`, from the language library that the following
+ * chain finds first, loading it into `cache` when needed. A missing or
+ * empty product or version stands for "Default"; a null or empty language
+ * is "Default" (the requested language below). Language names are looked
+ * up with each of " .-_@" read as "-": "en_US.ISO8859-1" as
+ * "en-US-ISO8859-1", then "en-US", then "en".
+ *   a. the requested language in the Languages key of the version (with
+ *      the identifier's levels from the instance down, when it has any:
+ *      "...\Versions\1.0\i1\sub\Languages");
+ *   b. the Languages key of the product's highest version that has one
+ *      (not when the product's setting "Use_Strict_Version" is a number of
+ *      one to three digits whose value modulo 256 is not 0; a longer value
+ *      counts as unset); from here on the request names that version;
+ *   c. the language "Default" there; d. as b;
+ *   e. a library file named after the requested language, "de.dll" for
+ *      "de" (found as de.so);
+ *   f. the language of Halcyra's setting Global\Language, when it is set;
+ *      g. as b;
+ *   h. the current locale's name (e.g. "de_DE.UTF-8"); i. as b.
+ * The library's entry point is called with `objectId` as passed (null
+ * included), the requested language and `key`; its text, null included, is
+ * the result, and no further step is tried. When no step finds a library:
+ * for a product other than "Halcyra" (any letter case) Halcyra's own text
+ * for "_RC_LANG_NOT_FOUND" in the requested language (KORVOLoadI18NString);
+ * for Halcyra itself "(KOR0301) Cannot find language library (language not
+ * installed for product).", a constant of this library.
+ * Limits: a key path, instance path or file name of 768 characters or
+ * more is never cut: that step finds nothing and the chain goes on;
+ * language names of 96 characters or more have no registered library. An
+ * identifier that cannot be parsed counts as one without parts.
+ * Returns null for a null `cache` or `key`, and when memory runs out.
+ * Not tried: the language given by the identifier text itself. */
+KORUTL_API const char *KORVOLoadI18NStringEx(KORVOStack *cache, const char *objectId,
+                                             const char *language, const char *key);
+
+/* KORVOLoadI18NStringEx with the library's own cache (created at the first
+ * call) and Halcyra's own identifier "\localhost\Halcyra\2.2.1.3". A null
+ * or empty `language` is Halcyra's setting Global\Language, or "Default"
+ * when that is not set. */
+KORUTL_API const char *KORVOLoadI18NString(const char *language, const char *key);
+
+/* Ends the library's own cache (KORVOFiniteI18n); the next
+ * KORVOLoadI18NString creates it afresh. */
+KORUTL_API void KORVOFiniteI18NStrings(void);
 
 /* ------------------------------------------------------------------------
  * Unicode conversions: UTF-8, UTF-16, UCS-4

@@ -2,12 +2,20 @@
 // statement each); every write runs in one immediate transaction.
 #include "platform/store.h"
 
+#include <atomic>
+
 #include "platform/store_connection.h"
 #include "platform/store_path.h"
 
 namespace korutl::store {
 
 namespace {
+
+std::atomic<ReadHook> read_hook{nullptr};
+
+void note_read(std::string_view path) {
+  if (ReadHook hook = read_hook.load(std::memory_order_acquire)) hook(path);
+}
 
 constexpr const char *find_key_sql = "SELECT id FROM keys WHERE path = ?1";
 constexpr const char *insert_key_sql =
@@ -118,6 +126,7 @@ std::string column_bytes(sqlite3_stmt *row, int i) {
 // Runs `sql` (with the key's id as ?1) and hands each row to `on_row`.
 template <typename OnRow>
 Status for_each_row(std::string_view path, const char *sql, OnRow on_row) {
+  note_read(path);
   Status st;
   sqlite3 *db = open_for(path, false, st);
   if (db == nullptr) return st;
@@ -140,7 +149,10 @@ int64_t count(sqlite3 *db, const char *sql, int64_t key) {
 
 }  // namespace
 
+void set_read_hook(ReadHook hook) { read_hook.store(hook, std::memory_order_release); }
+
 Status query_key(std::string_view path, uint32_t *subkeys, uint32_t *values) {
+  note_read(path);
   Status st;
   sqlite3 *db = open_for(path, false, st);
   if (db == nullptr) return st;
@@ -154,6 +166,7 @@ Status query_key(std::string_view path, uint32_t *subkeys, uint32_t *values) {
 }
 
 Status get_value(std::string_view path, std::string_view name, Value &out) {
+  note_read(path);
   Status st;
   sqlite3 *db = open_for(path, false, st);
   if (db == nullptr) return st;

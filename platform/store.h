@@ -57,6 +57,13 @@ const std::string &last_error();
 // else $HOME/.local/state/halcyra/registry.db.
 std::string store_file();
 
+// Called before every read of the tree (query_key, get_value, list_subkeys,
+// list_values) with the key path; null removes it. For diagnostics and
+// tests that count the reads a code path makes. Each shared library that
+// links the store has its own copy of this module and so its own hook.
+using ReadHook = void (*)(std::string_view path);
+void set_read_hook(ReadHook hook);
+
 Status query_key(std::string_view path, uint32_t *subkeys, uint32_t *values);
 Status get_value(std::string_view path, std::string_view name, Value &out);
 // Stores into an existing key; the value keeps its place in the order.

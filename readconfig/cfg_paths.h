@@ -34,6 +34,13 @@ inline constexpr const char *agent_below_instances = "%s\\%s\\Agents\\%s";
 inline constexpr const char *environment_key = KORUTL_CFG_ROOT "\\%s\\Environment";
 inline constexpr const char *plugin_key = KORUTL_CFG_ROOT "\\MILayer\\PlugIn";
 inline constexpr const char *trap_dest_key = KORUTL_CFG_ROOT "\\SNMPLayer\\Notifications";
+inline constexpr const char *global_key = KORUTL_CFG_ROOT "\\Global";
+inline constexpr const char *users_key = KORUTL_CFG_ROOT "\\Products\\%s\\Users";
+inline constexpr const char *user_key = KORUTL_CFG_ROOT "\\Products\\%s\\Users\\%s";
+// The Languages key below an instance path: product, version, then every
+// level from the instance down, each followed by a backslash.
+inline constexpr const char *instance_languages_key =
+    KORUTL_CFG_ROOT "\\Products\\%s\\Versions\\%s\\%sLanguages";
 #undef KORUTL_CFG_ROOT
 
 // Formats into buffer (size bytes). False, with buffer holding "", when

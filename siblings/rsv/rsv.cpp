@@ -18,6 +18,12 @@ namespace store = korutl::store;
 namespace {
 
 std::atomic<rsv_trace_func> trace_func{nullptr};
+std::atomic<rsv_read_hook> read_hook{nullptr};
+
+// The store's hook hands paths as views; the service's hook takes texts.
+void forward_read(std::string_view path) {
+  if (rsv_read_hook hook = read_hook.load(std::memory_order_acquire)) hook(std::string(path).c_str());
+}
 
 constexpr size_t subkey_slot = 256;
 constexpr size_t value_slot = 33;
@@ -216,6 +222,12 @@ RSV_API uint16_t rsv_import_file(const char *file, uint32_t *bad_line, const cha
                 std::string(file) + ":" + std::to_string(wrong) + ": malformed line");
   }
   return result(store::write_batch(records), "import_file", file, module, line);
+}
+
+RSV_API uint16_t rsv_set_read_hook(rsv_read_hook func, const char *, int32_t) {
+  read_hook.store(func, std::memory_order_release);
+  store::set_read_hook(func != nullptr ? forward_read : nullptr);
+  return RSV_OK;
 }
 
 RSV_API uint16_t rsv_set_trace_func(rsv_trace_func func, const char *, int32_t) {

@@ -104,6 +104,13 @@ RSV_API uint16_t rsv_export_file(const char *key, const char *file, const char *
 RSV_API uint16_t rsv_import_file(const char *file, uint32_t *bad_line, const char *module,
                                  int32_t line);
 
+/* Installs a function called before every read of the tree made through
+ * this service (key queries, value reads, enumerations) with the key path;
+ * null removes it. Always RSV_OK. For diagnostics: counting the store
+ * reads a caller makes. */
+typedef void (*rsv_read_hook)(const char *key);
+RSV_API uint16_t rsv_set_read_hook(rsv_read_hook func, const char *module, int32_t line);
+
 /* Installs the trace function (null: no trace). Always RSV_OK. */
 RSV_API uint16_t rsv_set_trace_func(rsv_trace_func func, const char *module, int32_t line);
 

@@ -1,0 +1,175 @@
+// Localised texts: the fallback chain that finds the language library for
+// an object identifier and a language, and the library's own cache behind
+// KORVOLoadI18NString.
+#include <strings.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+#include <mutex>
+#include <new>
+#include <string>
+
+#include "I18N/language_library.h"
+#include "readconfig/cfg_paths.h"
+#include "siblings/oss/oss.h"
+
+namespace {
+
+using korutl::i18n::LanguageLibrary;
+using korutl::i18n::LanguageRequest;
+using korutl::i18n::kModule;
+namespace cfg = korutl::cfg;
+
+constexpr const char *kOwnObjectId = "\\localhost\\Halcyra\\2.2.1.3";
+constexpr const char *kNotFoundText =
+    "(KOR0301) Cannot find language library (language not installed for product).";
+// The instance path, the Languages key path and the file name of the
+// name-based step each have 768 bytes; what would not fit is not looked up.
+constexpr size_t kAreaSize = 768;
+constexpr size_t kLocaleArea = 1536;
+
+struct FreeText {
+  void operator()(char *text) const { std::free(text); }
+};
+using Text = std::unique_ptr<char, FreeText>;
+
+struct DestroyObjectId {
+  void operator()(KORVOObjectId *id) const { KORVOStrDestroyObjectId(id); }
+};
+
+Text global_language() { return Text(KORVOCfgGetValue(cfg::global_key, "Language")); }
+
+// The current locale's name, as the OS-services library reads it after
+// setting the locale from the environment; empty when it cannot be had.
+std::string current_locale() {
+  Text area(static_cast<char *>(std::calloc(kLocaleArea, 1)));
+  if (!area) return {};
+  oss_setlocale(0, 0, kModule, __LINE__);
+  oss_getlocale(1, area.get(), kAreaSize, kModule, __LINE__);
+  return area.get();
+}
+
+// The steps of the fallback chain, in order; the first library found ends
+// it. Steps share the request, so a version or key found by a search in
+// other versions stays for the steps after it.
+LanguageLibrary *find_library(LanguageRequest &request, const std::string &requested) {
+  using namespace korutl::i18n;
+  if (LanguageLibrary *found = FindOrLoadLibrary(request)) return found;
+  if (LanguageLibrary *found = FindInOtherVersions(request)) return found;
+  request.language = "Default";
+  if (LanguageLibrary *found = FindOrLoadLibrary(request)) return found;
+  if (LanguageLibrary *found = FindInOtherVersions(request)) return found;
+  // A library named after the language, "de.dll" for "de", wherever the
+  // OS-services library finds it.
+  request.language = requested;
+  char file[kAreaSize];
+  if (cfg::compose(file, sizeof file, "%s%s%s", "", requested.c_str(), ".dll")) {
+    if (LanguageLibrary *found = FindOrLoadFile(request, file)) return found;
+  }
+  if (const Text global = global_language()) {
+    request.language = global.get();
+    if (LanguageLibrary *found = FindOrLoadLibrary(request)) return found;
+  }
+  if (LanguageLibrary *found = FindInOtherVersions(request)) return found;
+  request.language = current_locale();
+  if (LanguageLibrary *found = FindOrLoadLibrary(request)) return found;
+  return FindInOtherVersions(request);
+}
+
+// Fills the request from the identifier. A Languages key path that would
+// not fit its area leaves languagesKey empty: the steps reading it find
+// nothing.
+void fill_request(LanguageRequest &request, const KORVOObjectId *id) {
+  const char *product = KORVOStrGetProductFromObjectId(id);
+  const char *version = KORVOStrGetVersionFromObjectId(id);
+  const char *instance = KORVOStrGetInstanceFromObjectId(id);
+  request.product = product != nullptr && *product != '\0' ? product : "Default";
+  request.version = version != nullptr && *version != '\0' ? version : "Default";
+  request.instance = instance != nullptr ? instance : "";
+  // Every level below the version, each followed by a backslash.
+  std::string instancePath;
+  for (int32_t i = 3; i < KORVOStrGetNumberOfParts(id); ++i)
+    instancePath.append(KORVOStrGetPart(id, i)).push_back('\\');
+  char path[kAreaSize];
+  bool fits;
+  if (instancePath.size() >= kAreaSize) {
+    fits = false;
+  } else if (instancePath.size() > 1) {
+    fits = cfg::compose(path, sizeof path, cfg::instance_languages_key, request.product.c_str(),
+                        request.version.c_str(), instancePath.c_str());
+  } else {
+    fits = cfg::compose(path, sizeof path, cfg::version_subkey, request.product.c_str(),
+                        request.version.c_str(), "Languages");
+  }
+  request.languagesKey = fits ? path : "";
+}
+
+const char *load_string(KORVOStack *cache, const char *objectId, const char *language,
+                        const char *key) {
+  const std::unique_ptr<KORVOObjectId, DestroyObjectId> id(KORVOStrCreateObjectId(objectId, nullptr));
+  const std::string requested = language != nullptr && *language != '\0' ? language : "Default";
+  LanguageRequest request;
+  request.cache = cache;
+  request.language = requested;
+  fill_request(request, id.get());
+  if (LanguageLibrary *library = find_library(request, requested)) {
+    library->lastUsed.store(std::time(nullptr), std::memory_order_relaxed);
+    if (library->getStringResource != nullptr)
+      return library->getStringResource(objectId, requested.c_str(), key);
+    return library->getResource(key);
+  }
+  // No library at all: Halcyra's own text for that case, in the same
+  // language. For Halcyra itself that would ask again, so a fixed text.
+  if (strncasecmp(request.product.c_str(), "Halcyra", 96) != 0)
+    return KORVOLoadI18NString(requested.c_str(), "_RC_LANG_NOT_FOUND");
+  return kNotFoundText;
+}
+
+// The library's own cache. Creating it on the first call is guarded, so
+// that first calls may come from several threads; ending it is not (texts
+// of the cache die with it, so no call may be under way then anyway).
+std::atomic<KORVOStack *> own_cache{nullptr};
+std::mutex own_cache_mutex;
+
+KORVOStack *library_cache() {
+  KORVOStack *cache = own_cache.load(std::memory_order_acquire);
+  if (cache != nullptr) return cache;
+  std::lock_guard guard(own_cache_mutex);
+  cache = own_cache.load(std::memory_order_relaxed);
+  if (cache == nullptr) {
+    KORVOInitI18n(&cache);
+    own_cache.store(cache, std::memory_order_release);
+  }
+  return cache;
+}
+
+}  // namespace
+
+extern "C" {
+
+KORUTL_API const char *KORVOLoadI18NStringEx(KORVOStack *cache, const char *objectId,
+                                             const char *language, const char *key) {
+  if (cache == nullptr || key == nullptr) return nullptr;
+  try {
+    return load_string(cache, objectId, language, key);
+  } catch (const std::bad_alloc &) {
+    return nullptr;
+  }
+}
+
+KORUTL_API const char *KORVOLoadI18NString(const char *language, const char *key) {
+  KORVOStack *cache = library_cache();
+  if (language != nullptr && *language != '\0')
+    return KORVOLoadI18NStringEx(cache, kOwnObjectId, language, key);
+  const Text global = global_language();
+  return KORVOLoadI18NStringEx(cache, kOwnObjectId, global.get(), key);
+}
+
+KORUTL_API void KORVOFiniteI18NStrings(void) {
+  std::lock_guard guard(own_cache_mutex);
+  KORVOStack *cache = own_cache.exchange(nullptr, std::memory_order_acq_rel);
+  KORVOFiniteI18n(&cache);
+}
+
+}  // extern "C"
