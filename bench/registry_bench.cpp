@@ -2,12 +2,8 @@
 // the direct settings (the Win32 registry layer), and as a bare prepared
 // SQLite read of the same row, the floor both are measured against.
 #include <benchmark/benchmark.h>
-#include <sqlite3.h>
-#include <unistd.h>
 
-#include <cstdlib>
-#include <string>
-
+#include "bench/bench_store.h"
 #include "korutl.h"
 #include "siblings/rsv/rsv.h"
 
@@ -15,20 +11,14 @@ namespace {
 
 const char *const key = "HKEY_LOCAL_MACHINE\\SOFTWARE\\Vantrel\\Halcyra\\Global";
 
-// One store file for the whole run, filled once.
-const std::string &bench_store() {
-  static const std::string file = [] {
-    const std::string f = "/tmp/korutl-bench-" + std::to_string(getpid()) + ".db";
-    setenv("KORVO_REGISTRY", f.c_str(), 1);
+// The run's store, with the one value read here (filled once).
+void bench_store() {
+  [[maybe_unused]] static const bool filled = [] {
+    korutl_bench::bench_store();
     rsv_create_key(key, "bench", __LINE__);
     rsv_set_value(key, "Install_Path", "/opt/vantrel/halcyra", "bench", __LINE__);
-    std::atexit([] {
-      const std::string base = std::getenv("KORVO_REGISTRY");
-      for (const char *suffix : {"", "-wal", "-shm"}) unlink((base + suffix).c_str());
-    });
-    return f;
+    return true;
   }();
-  return file;
 }
 
 void BM_RsvGetValue(benchmark::State &state) {
@@ -54,22 +44,8 @@ void BM_KORVOGetSetting(benchmark::State &state) {
 BENCHMARK(BM_KORVOGetSetting);
 
 void BM_SqlitePreparedPointRead(benchmark::State &state) {
-  sqlite3 *db = nullptr;
-  sqlite3_open_v2(bench_store().c_str(), &db, SQLITE_OPEN_READONLY, nullptr);
-  sqlite3_stmt *s = nullptr;
-  sqlite3_prepare_v2(db,
-                     "SELECT v.data FROM keys k JOIN vals v ON v.key = k.id "
-                     "WHERE k.path = ?1 AND v.name = ?2",
-                     -1, &s, nullptr);
-  for (auto _ : state) {
-    sqlite3_bind_text(s, 1, key, -1, SQLITE_STATIC);
-    sqlite3_bind_text(s, 2, "Install_Path", -1, SQLITE_STATIC);
-    if (sqlite3_step(s) != SQLITE_ROW) state.SkipWithError("read failed");
-    benchmark::DoNotOptimize(sqlite3_column_blob(s, 0));
-    sqlite3_reset(s);
-  }
-  sqlite3_finalize(s);
-  sqlite3_close(db);
+  bench_store();
+  korutl_bench::sqlite_prepared_read(state, korutl_bench::point_read_sql, key, "Install_Path", 1);
 }
 BENCHMARK(BM_SqlitePreparedPointRead);
 

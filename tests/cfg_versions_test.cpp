@@ -63,6 +63,50 @@ TEST_F(CfgVersions, ProductNameTooLongForTheKeyPathIsRefused) {
   EXPECT_EQ(versions(too_long.c_str(), 0), Names{});
 }
 
+TEST_F(CfgVersions, VersionNamesTooLongForTheKeyPathAreRefused) {
+  // The version name brings the version key path to 255 characters, then
+  // to 256; the instances key path, 10 characters longer, likewise.
+  const size_t fixed = cfg_path("Products\\P\\Versions\\").size();
+  auto value_of = [](const std::string &v) {
+    char *text = KORVOCfgGetProductVersionConfig("P", v.c_str(), "Port");
+    const bool found = text != nullptr;
+    std::free(text);
+    return found;
+  };
+  auto instances_of = [](const std::string &v) {
+    uint16_t count = 9;
+    char **list = KORVOCfgGetVersionInstances("P", v.c_str(), &count);
+    KORVOCfgFreeVersionInstances(list);
+    return count;
+  };
+  const std::string v255(255 - fixed, 'v'), v256(256 - fixed, 'v');
+  const std::string i255(245 - fixed, 'i'), i256(246 - fixed, 'i');
+  for (const std::string &v : {v255, v256, i255, i256}) {
+    cfg_set("Products\\P\\Versions\\" + v, "Port", "80");
+    cfg_key("Products\\P\\Versions\\" + v + "\\Instances\\1");
+  }
+  EXPECT_TRUE(value_of(v255));
+  EXPECT_FALSE(value_of(v256));
+  EXPECT_EQ(instances_of(i255), 1);
+  EXPECT_EQ(instances_of(i256), 0);
+}
+
+// Each registry service call carries the calling module for its trace.
+std::string traced;
+void keep_trace(const char *line) { traced += line; }
+
+TEST_F(CfgVersions, ServiceCallsNameTheirModuleInTheTrace) {
+  rsv_set_trace_func(keep_trace, "test", __LINE__);
+  cfg_key("Products\\P\\Versions\\1");
+  traced.clear();
+  EXPECT_EQ(KORVOCfgGetValue(cfg_path("Nowhere").c_str(), "X"), nullptr);
+  EXPECT_EQ(traced.rfind("readconfig/prodcfg:", 0), 0u) << traced;
+  traced.clear();
+  EXPECT_EQ(KORVOCfgGetProductVersionLatestValue("P", nullptr, "X"), nullptr);
+  EXPECT_EQ(traced.rfind("readconfig/plugcfg:", 0), 0u) << traced;
+  rsv_set_trace_func(nullptr, "test", __LINE__);
+}
+
 TEST_F(CfgVersions, GetValueReadsTextsOfExactSize) {
   cfg_set("Global", "Install_Path", "/opt/vantrel/halcyra");
   cfg_set("Global", "", "default value");

@@ -8,7 +8,7 @@ namespace {
 
 using korutl_test::run_tool;
 
-using RegTool = korutl_test::ToolStore;
+class RegTool : public korutl_test::ToolStore {};
 
 const std::string key = "'HKLM\\SOFTWARE\\Vantrel\\Halcyra\\Global'";
 

@@ -1,5 +1,5 @@
-// Fixture for tests of the korutl command on a store of their own: the
-// test is skipped where the command is not built.
+// A temporary store for tests of the korutl command: skipped when the
+// command is not built in this configuration.
 #ifndef KORUTL_TESTS_SUPPORT_TOOL_STORE_H
 #define KORUTL_TESTS_SUPPORT_TOOL_STORE_H
 
