@@ -15,6 +15,7 @@
 
 #include "platform/store.h"
 #include "platform/store_path.h"
+#include "platform/store_read_hook.h"
 
 namespace korutl::store {
 
@@ -156,6 +157,7 @@ const std::string &last_error() { return error_text; }
 std::string store_file() { return "HKEY_LOCAL_MACHINE"; }
 
 Status query_key(std::string_view path, uint32_t *subkeys, uint32_t *values) {
+  note_read(path);
   OpenKey key;
   if (const Status st = key.open(path, KEY_QUERY_VALUE); st != Status::ok) return st;
   DWORD s = 0, v = 0;
@@ -168,6 +170,7 @@ Status query_key(std::string_view path, uint32_t *subkeys, uint32_t *values) {
 }
 
 Status get_value(std::string_view path, std::string_view name, Value &out) {
+  note_read(path);
   OpenKey key;
   if (const Status st = key.open(path, KEY_QUERY_VALUE); st != Status::ok) return st;
   const std::string value_name(name);
@@ -212,6 +215,7 @@ Status delete_key(std::string_view path) {
 }
 
 Status list_subkeys(std::string_view path, std::vector<std::string> &names) {
+  note_read(path);
   names.clear();
   OpenKey key;
   if (const Status st = key.open(path, KEY_READ); st != Status::ok) return st;
@@ -230,6 +234,7 @@ Status list_subkeys(std::string_view path, std::vector<std::string> &names) {
 }
 
 Status list_values(std::string_view path, std::vector<Value> &values) {
+  note_read(path);
   values.clear();
   OpenKey key;
   if (const Status st = key.open(path, KEY_READ); st != Status::ok) return st;

@@ -1,6 +1,10 @@
 // The fallback chain of localised texts, step by step, with the sample
 // language libraries loaded from disk.
+#if defined(_WIN32)
+#include <windows.h>
+#else
 #include <dlfcn.h>
+#endif
 #include <gtest/gtest.h>
 
 #include <clocale>
@@ -171,10 +175,15 @@ TEST_F(I18nChainTest, BrokenLibrariesAreSkippedWithATraceLine) {
   std::filesystem::remove_all(dir);
 }
 
-bool is_loaded(const char *name) {
-  void *h = dlopen((std::string(KORUTL_LANGUAGE_DIR "/") + name).c_str(), RTLD_NOW | RTLD_NOLOAD);
+// Whether the language library `stem` (orr_en, ...) is loaded.
+bool is_loaded(const std::string &stem) {
+#if defined(_WIN32)
+  return GetModuleHandleA((std::string(KORUTL_LANGUAGE_DIR "/") + stem + ".dll").c_str()) != nullptr;
+#else
+  void *h = dlopen((std::string(KORUTL_LANGUAGE_DIR "/") + stem + ".so").c_str(), RTLD_NOW | RTLD_NOLOAD);
   if (h != nullptr) dlclose(h);
   return h != nullptr;
+#endif
 }
 
 TEST_F(I18nChainTest, FinalisationUnloadsEveryLibrary) {
@@ -184,10 +193,10 @@ TEST_F(I18nChainTest, FinalisationUnloadsEveryLibrary) {
   for (const char *language : {"English", "German", "French", "german"})
     EXPECT_NE(text("\\h\\P\\2.0", language, "ORR_LANGUAGE"), "<null>");
   EXPECT_EQ(KORVOStackLength(cache_), 3);
-  for (const char *name : {"orr_en.so", "orr_de.so", "orr_fr.so"}) EXPECT_TRUE(is_loaded(name)) << name;
+  for (const char *name : {"orr_en", "orr_de", "orr_fr"}) EXPECT_TRUE(is_loaded(name)) << name;
   KORVOFiniteI18n(&cache_);
   EXPECT_EQ(cache_, nullptr);
-  for (const char *name : {"orr_en.so", "orr_de.so", "orr_fr.so"}) EXPECT_FALSE(is_loaded(name)) << name;
+  for (const char *name : {"orr_en", "orr_de", "orr_fr"}) EXPECT_FALSE(is_loaded(name)) << name;
   KORVOFiniteI18n(&cache_);  // nothing left: does nothing
   KORVOFiniteI18n(nullptr);
 }
