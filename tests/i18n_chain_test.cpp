@@ -40,6 +40,9 @@ class I18nChainTest : public korutl_test::LanguageStore {
 // Each case builds a tree in which exactly one step of the chain can find
 // a library for German texts of product P, version 2.0.
 TEST_F(I18nChainTest, EachStepFindsItsLibrary) {
+#if defined(_WIN32)
+  GTEST_SKIP() << "Linux only: the current-locale step finds a library under the system locale's name (English under Wine), which the cases assume absent";
+#endif
   struct Case {
     const char *step;
     std::function<void()> tree;
@@ -74,6 +77,9 @@ TEST_F(I18nChainTest, EachStepFindsItsLibrary) {
 }
 
 TEST_F(I18nChainTest, CurrentLocaleIsLookedUpWithItsNameShortened) {
+#if defined(_WIN32)
+  GTEST_SKIP() << "Linux only: the locale is set through LC_ALL, which the Windows C runtime does not read";
+#endif
   // "C.UTF-8" is asked for as "C-UTF-8", "C-UTF", then "C".
   reg("P", "2.0", "C", "orr_fr.dll");
   setenv("LC_ALL", "C.UTF-8", 1);
@@ -155,6 +161,9 @@ bool traced(const std::string &a, const std::string &b) {
 }
 
 TEST_F(I18nChainTest, BrokenLibrariesAreSkippedWithATraceLine) {
+#if defined(_WIN32)
+  GTEST_SKIP() << "Linux only: not yet ported: its broken libraries are made as Linux shared objects";
+#endif
   char dir[] = "/tmp/korutl-lang-XXXXXX";
   ASSERT_NE(mkdtemp(dir), nullptr);
   std::ofstream(std::string(dir) + "/broken.so") << "not a shared object\n";
