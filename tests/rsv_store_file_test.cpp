@@ -21,9 +21,9 @@ const std::string root = "HKEY_LOCAL_MACHINE\\SOFTWARE\\Vantrel\\Halcyra";
 std::vector<std::string> traced;
 void collect(const char *line) { traced.emplace_back(line); }
 
-class RsvTest : public korutl_test::TempStore {};
+class RsvStoreFile : public korutl_test::TempStore {};
 
-TEST_F(RsvTest, DamagedStoreFailsWithATraceAndIsLeftAlone) {
+TEST_F(RsvStoreFile, DamagedStoreFailsWithATraceAndIsLeftAlone) {
   std::filesystem::create_directories(std::filesystem::path(file()).parent_path());
   const std::string garbage(8192, 'G');
   std::ofstream(file(), std::ios::binary) << garbage;
@@ -39,7 +39,7 @@ TEST_F(RsvTest, DamagedStoreFailsWithATraceAndIsLeftAlone) {
   EXPECT_EQ(std::string(std::istreambuf_iterator<char>(in), {}), garbage);
 }
 
-TEST_F(RsvTest, ChangingTheStoreFileBetweenCallsIsHonoured) {
+TEST_F(RsvStoreFile, ChangingTheStoreFileBetweenCallsIsHonoured) {
   ASSERT_EQ(rsv_create_key(root.c_str(), M, __LINE__), RSV_OK);
   const std::string other = file() + ".other";
   setenv("KORVO_REGISTRY", other.c_str(), 1);
