@@ -16,8 +16,12 @@ function(korutl_add_language_library name catalogue entry output_dir)
     COMMENT "Language library source from ${name} catalogue" VERBATIM)
   add_library(lang_${name} MODULE ${source})
   korutl_target_defaults(lang_${name})
+  # NAME.dll on Windows, where registrations name it directly.
+  if(NOT WIN32)
+    set_target_properties(lang_${name} PROPERTIES SUFFIX ".so")
+  endif()
   set_target_properties(lang_${name} PROPERTIES
-    PREFIX "" SUFFIX ".so" OUTPUT_NAME ${name} C_STANDARD 99 C_EXTENSIONS OFF
+    PREFIX "" OUTPUT_NAME ${name} C_STANDARD 99 C_EXTENSIONS OFF
     LIBRARY_OUTPUT_DIRECTORY ${output_dir})
   if(NOT TARGET korutl_language_libraries)
     add_custom_target(korutl_language_libraries)

@@ -90,7 +90,11 @@ elseif(FORM STREQUAL "c")
 #include <stdlib.h>
 #include <string.h>
 
+#if defined(_WIN32)
+#define EXPORTED __declspec(dllexport)
+#else
 #define EXPORTED __attribute__((visibility(\"default\")))
+#endif
 
 struct entry {
   const char *key;

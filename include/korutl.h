@@ -165,6 +165,7 @@ KORUTL_API int32_t KORVOInitRegistry(void);
  * no conversion runs. A handle holding -1 converts nothing.
  * ------------------------------------------------------------------------ */
 
+/* Two conversion handles of one program, with room for its own data. */
 typedef struct KORVOIntProdData {
   uint8_t readyFlag1;    /* 0 after creation, 1 after KORVOInitInternalProducts */
   uint8_t readyFlag2;    /* likewise; the library never reads either flag */
@@ -173,10 +174,6 @@ typedef struct KORVOIntProdData {
   char workArea[256];    /* zero-filled, for the record's users */
 } KORVOIntProdData;
 
-/* Creates a record (zero-filled, both handles opened with
- * KORVOGetCpxHandles) or returns null when memory runs out, leaving nothing
- * allocated. A handle that cannot be opened holds -1; the record is still
- * returned. Release it with KORVODestroyIntProdData. */
 /* Sets `*data` to null, starts the registry and the conversion library
  * with KORVOInitRegistry, creates a record with both ready flags set to 1
  * and stores it in `*data`. Returns 1, or 0 when the conversion library
@@ -184,6 +181,10 @@ typedef struct KORVOIntProdData {
  * `data` returns 0. End with KORVOCleanupInternalProducts. */
 KORUTL_API int32_t KORVOInitInternalProducts(KORVOIntProdData **data);
 
+/* Creates a record (zero-filled, both handles opened with
+ * KORVOGetCpxHandles) or returns null when memory runs out, leaving nothing
+ * allocated. A handle that cannot be opened holds -1; the record is still
+ * returned. Release it with KORVODestroyIntProdData. */
 KORUTL_API KORVOIntProdData *KORVOCreateIntProdData(void);
 
 /* Closes both handles (from-local first) and releases the record; null is
@@ -451,11 +452,13 @@ KORUTL_API void KORVOCfgFreeEnvironmentVars(char **vars, uint16_t count);
  * apart from these.
  * ------------------------------------------------------------------------ */
 
+/* One element of a stack. */
 typedef struct KORVOStackNode {
   struct KORVOStackNode *next; /* following element, null for the last */
   intptr_t data;               /* the caller's value, unchanged */
 } KORVOStackNode;
 
+/* A stack's head, made by KORVOStackInit. */
 typedef struct KORVOStack {
   KORVOStackNode *top; /* position 0, null when empty */
   uint32_t lock;       /* the stack's libkorshm spin lock handle */
@@ -518,6 +521,7 @@ KORUTL_API intptr_t KORVOStackDeleteNth(KORVOStack *stack, int32_t position);
  * that creates a record (growth replaces the slot array).
  * ------------------------------------------------------------------------ */
 
+/* A table's header, in the caller's memory. */
 typedef struct KORVOHashTbl {
   void **slots;   /* slot array of record pointers, null until first record */
   uint32_t size;  /* number of slots: 0, 64, 128, ... */
@@ -525,6 +529,7 @@ typedef struct KORVOHashTbl {
   uint32_t limit; /* count at which the next new record grows the table */
 } KORVOHashTbl;
 
+/* A position in a table, for KORVOHashTblIterNext. */
 typedef struct KORVOHashTblIter {
   void **cur; /* next slot to examine */
   void **end; /* one past the last slot */
@@ -610,9 +615,9 @@ KORUTL_API int32_t KORVOStrRestoreEscapedUnicodeChars(char *text);
  * texts; `objectIdString` is the canonical text: each part preceded by a
  * backslash, with backslash and space in a part written "%5C" and "%20". */
 typedef struct KORVOObjectId {
-  char **parts;
-  char *objectIdString;
-  int32_t numberOfParts;
+  char **parts;          /* the parts, unescaped */
+  char *objectIdString;  /* the canonical text */
+  int32_t numberOfParts; /* entries of parts */
 } KORVOObjectId;
 
 /* At most this many further parts may follow the text of
@@ -1074,12 +1079,12 @@ KORUTL_API void KORVOCloseMemoryLogFile(void);
  * counts 1 byte). Shell off: "\n*** Memory shell turned off ***\n", result 0. */
 KORUTL_API uint32_t KORVOPrintMemoryTable(const char *title);
 
-/* Semaphore stubs: take any arguments, ignore them, do nothing, return 1. */
 #ifdef __cplusplus
 #define KORUTL_ANY_ARGUMENTS ...
 #else
 #define KORUTL_ANY_ARGUMENTS
 #endif
+/* Semaphore stubs: take any arguments, ignore them, do nothing, return 1. */
 KORUTL_API int32_t KORVOCreateSemaphore(KORUTL_ANY_ARGUMENTS);
 KORUTL_API int32_t KORVODeleteSemaphore(KORUTL_ANY_ARGUMENTS);
 KORUTL_API int32_t KORVOInitSemaphore(KORUTL_ANY_ARGUMENTS);

@@ -23,23 +23,24 @@ unsigned char *header_address(const void *block) {
   return reinterpret_cast<unsigned char *>(at & ~uintptr_t{3});
 }
 
+// The 32-bit fields follow the pointer-sized region base directly.
+constexpr size_t kSizeAt = sizeof(void *);
+
 void write_header(unsigned char *at, const BlockHeader &h) {
   std::memcpy(at, &h.region_base, sizeof h.region_base);
-  std::memcpy(at + 8, &h.size, 4);
-  std::memcpy(at + 12, &h.page_count, 4);
-  std::memcpy(at + 16, &h.magic, 4);
+  std::memcpy(at + kSizeAt, &h.size, 4);
+  std::memcpy(at + kSizeAt + 4, &h.page_count, 4);
+  std::memcpy(at + kSizeAt + 8, &h.magic, 4);
 }
 
 BlockHeader read_header(const unsigned char *at) {
   BlockHeader h;
   std::memcpy(&h.region_base, at, sizeof h.region_base);
-  std::memcpy(&h.size, at + 8, 4);
-  std::memcpy(&h.page_count, at + 12, 4);
-  std::memcpy(&h.magic, at + 16, 4);
+  std::memcpy(&h.size, at + kSizeAt, 4);
+  std::memcpy(&h.page_count, at + kSizeAt + 4, 4);
+  std::memcpy(&h.magic, at + kSizeAt + 8, 4);
   return h;
 }
-
-static_assert(sizeof(void *) == 8, "the header layout assumes a 64-bit region base");
 
 // True when every byte of [at, at + length) is committed and readable.
 bool readable(const unsigned char *at, size_t length) {

@@ -12,9 +12,9 @@ constexpr uint32_t kBlockMagic = 0xAB01CD02u;
 
 // The header's fields, in this order at a multiple of 4 just below the user
 // block: region base (pointer-sized), size, page count (data pages plus the
-// guard page), magic. With a 64-bit region base it takes 20 bytes, so it
-// sits 20 to 23 bytes below the user block and a region needs room for
-// n + 23 bytes; it is packed (the base only 4-aligned) and accessed bytewise.
+// guard page), magic. With a 64-bit region base it takes 20 bytes (16 on a
+// 32-bit build), so it sits 20 to 23 bytes below the user block and a region
+// needs room for n + 23 bytes; it is packed (the base only 4-aligned) and accessed bytewise.
 struct BlockHeader {
   void *region_base;
   uint32_t size;

@@ -2,20 +2,13 @@
 // statement each); every write runs in one immediate transaction.
 #include "platform/store.h"
 
-#include <atomic>
-
 #include "platform/store_connection.h"
 #include "platform/store_path.h"
+#include "platform/store_read_hook.h"
 
 namespace korutl::store {
 
 namespace {
-
-std::atomic<ReadHook> read_hook{nullptr};
-
-void note_read(std::string_view path) {
-  if (ReadHook hook = read_hook.load(std::memory_order_acquire)) hook(path);
-}
 
 constexpr const char *find_key_sql = "SELECT id FROM keys WHERE path = ?1";
 constexpr const char *insert_key_sql =
@@ -148,8 +141,6 @@ int64_t count(sqlite3 *db, const char *sql, int64_t key) {
 }
 
 }  // namespace
-
-void set_read_hook(ReadHook hook) { read_hook.store(hook, std::memory_order_release); }
 
 Status query_key(std::string_view path, uint32_t *subkeys, uint32_t *values) {
   note_read(path);

@@ -10,6 +10,7 @@ packages=(
   libcrypto++-dev libssl-dev
   electric-fence
   gettext
+  doxygen help2man dpkg-dev
 )
 missing=()
 for p in "${packages[@]}"; do

@@ -1,23 +1,43 @@
-# Compares the library's defined dynamic symbols with the functions that the
-# public header declares (every declaration carries KORUTL_API). Fails on an
-# export the header does not declare and on a declaration the library lacks.
-find_program(NM nm REQUIRED)
-execute_process(COMMAND ${NM} -D --defined-only ${LIBRARY}
-  OUTPUT_VARIABLE nm_out RESULT_VARIABLE nm_rc)
-if(NOT nm_rc EQUAL 0)
-  message(FATAL_ERROR "nm failed on ${LIBRARY}")
-endif()
-
+# Compares the library's exports with the functions that the public header
+# declares (every declaration carries KORUTL_API). Fails on an export the
+# header does not declare and on a declaration the library lacks. A Linux
+# library is read with nm -D, a Windows DLL's export table with objdump -p.
 set(exported "")
-string(REPLACE "\n" ";" nm_lines "${nm_out}")
-foreach(line IN LISTS nm_lines)
-  # "address type name@@NODE"; the version nodes themselves are absolute (A).
-  if(line MATCHES "^[0-9a-fA-F]* ([A-Za-z]) ([^@ ]+)")
-    if(NOT CMAKE_MATCH_1 STREQUAL "A")
-      list(APPEND exported ${CMAKE_MATCH_2})
-    endif()
+if(LIBRARY MATCHES "\\.dll$")
+  execute_process(COMMAND ${OBJDUMP} -p ${LIBRARY} OUTPUT_VARIABLE dump_out RESULT_VARIABLE dump_rc)
+  if(NOT dump_rc EQUAL 0)
+    message(FATAL_ERROR "objdump failed on ${LIBRARY}")
   endif()
-endforeach()
+  # The names follow the line "[Ordinal/Name Pointer] Table", one
+  # "\t[   n] name" each, up to a blank line.
+  string(REPLACE "\n" ";" dump_lines "${dump_out}")
+  set(in_names FALSE)
+  foreach(line IN LISTS dump_lines)
+    if(line MATCHES "Ordinal/Name Pointer. Table")
+      set(in_names TRUE)
+    elseif(in_names AND line MATCHES "^[ \t]*\\[ *[0-9]+. ([A-Za-z_][A-Za-z0-9_]*)")
+      list(APPEND exported ${CMAKE_MATCH_1})
+    elseif(in_names)
+      break()
+    endif()
+  endforeach()
+else()
+  find_program(NM nm REQUIRED)
+  execute_process(COMMAND ${NM} -D --defined-only ${LIBRARY}
+    OUTPUT_VARIABLE nm_out RESULT_VARIABLE nm_rc)
+  if(NOT nm_rc EQUAL 0)
+    message(FATAL_ERROR "nm failed on ${LIBRARY}")
+  endif()
+  string(REPLACE "\n" ";" nm_lines "${nm_out}")
+  foreach(line IN LISTS nm_lines)
+    # "address type name@@NODE"; the version nodes themselves are absolute (A).
+    if(line MATCHES "^[0-9a-fA-F]* ([A-Za-z]) ([^@ ]+)")
+      if(NOT CMAKE_MATCH_1 STREQUAL "A")
+        list(APPEND exported ${CMAKE_MATCH_2})
+      endif()
+    endif()
+  endforeach()
+endif()
 
 file(READ ${HEADER} header)
 # Drop comments so that an example in a comment is not taken for a declaration.

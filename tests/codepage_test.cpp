@@ -8,6 +8,10 @@
 #include <filesystem>
 #include <string>
 
+#if defined(_WIN32)
+#include <windows.h>
+#endif
+
 #include "korutl.h"
 #include "siblings/cpx/cpx.h"
 #include "siblings/oss/oss.h"
@@ -64,6 +68,25 @@ TEST_F(CodePage, RefusesInsteadOfOverflowing) {
   EXPECT_EQ(cpx_open_conversion(1252, 4242, &never), CPX_E_UNKNOWN_CODESET);
 }
 
+#if defined(_WIN32)
+// On Windows the local code set is the ANSI code page, whatever the C
+// locale: 1252 under an English system.
+TEST_F(CodePage, RecordConvertsWithTheAnsiCodePage) {
+  ASSERT_EQ(cpx_local_codeset(), static_cast<int32_t>(GetACP()));
+  if (GetACP() != 1252) GTEST_SKIP() << "expectations are for code page 1252, this is " << GetACP();
+  KORVOIntProdData *record = KORVOCreateIntProdData();
+  ASSERT_NE(record, nullptr);
+  char out[16];
+  int32_t written = 0;
+  EXPECT_EQ(convert(*record->cpxToLocal, "\xC3\xBC\xE2\x82\xAC", out, sizeof out, &written), 1);
+  EXPECT_EQ(std::string(out, written), "\xFC\x80");
+  EXPECT_EQ(convert(*record->cpxToLocal, "\xE4\xB8\xAD", out, sizeof out, &written), 0)
+      << "no form in 1252, and no best-fit stand-in either";
+  EXPECT_EQ(convert(*record->cpxFromLocal, "\xFC", out, sizeof out, &written), 1);
+  EXPECT_EQ(std::string(out, written), "\xC3\xBC");
+  KORVODestroyIntProdData(record);
+}
+#else
 TEST_F(CodePage, RecordConvertsWithTheLocalCodeSet) {
   setenv("LC_ALL", "C", 1);
   std::setlocale(LC_ALL, "");  // local code set US-ASCII (20127)
@@ -85,6 +108,8 @@ TEST_F(CodePage, RecordConvertsWithTheLocalCodeSet) {
   std::setlocale(LC_ALL, "C");
   unsetenv("LC_ALL");
 }
+
+#endif
 
 TEST(CodePageStart, SettingsAndCleanup) {
   const std::string dir = std::filesystem::temp_directory_path().string();

@@ -53,6 +53,9 @@ TEST_F(FileRegistrationTest, DeregisteringRemovesTheWholeKey) {
 }
 
 TEST_F(FileRegistrationTest, StoreErrorsTellTheTwoDeregistrationsApart) {
+#if defined(_WIN32)
+  GTEST_SKIP() << "Linux only: store errors are made by damaging the store file, which Windows does not have";
+#endif
   // A store file that is not a database: every query fails with a store
   // error, which only the language deregistration reports.
   ASSERT_EQ(KORVOCfgRegisterLanguageFile("P", "1.0", "German", "p_de.dll"), 0);

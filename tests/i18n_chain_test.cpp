@@ -1,6 +1,10 @@
 // The fallback chain of localised texts, step by step, with the sample
 // language libraries loaded from disk.
+#if defined(_WIN32)
+#include <windows.h>
+#else
 #include <dlfcn.h>
+#endif
 #include <gtest/gtest.h>
 
 #include <clocale>
@@ -36,6 +40,9 @@ class I18nChainTest : public korutl_test::LanguageStore {
 // Each case builds a tree in which exactly one step of the chain can find
 // a library for German texts of product P, version 2.0.
 TEST_F(I18nChainTest, EachStepFindsItsLibrary) {
+#if defined(_WIN32)
+  GTEST_SKIP() << "Linux only: the current-locale step finds a library under the system locale's name (English under Wine), which the cases assume absent";
+#endif
   struct Case {
     const char *step;
     std::function<void()> tree;
@@ -70,6 +77,9 @@ TEST_F(I18nChainTest, EachStepFindsItsLibrary) {
 }
 
 TEST_F(I18nChainTest, CurrentLocaleIsLookedUpWithItsNameShortened) {
+#if defined(_WIN32)
+  GTEST_SKIP() << "Linux only: the locale is set through LC_ALL, which the Windows C runtime does not read";
+#endif
   // "C.UTF-8" is asked for as "C-UTF-8", "C-UTF", then "C".
   reg("P", "2.0", "C", "orr_fr.dll");
   setenv("LC_ALL", "C.UTF-8", 1);
@@ -153,6 +163,9 @@ bool traced(const std::string &a, const std::string &b) {
 }
 
 TEST_F(I18nChainTest, BrokenLibrariesAreSkippedWithATraceLine) {
+#if defined(_WIN32)
+  GTEST_SKIP() << "Linux only: not yet ported: its broken libraries are made as Linux shared objects";
+#endif
   char dir[] = "/tmp/korutl-lang-XXXXXX";
   ASSERT_NE(mkdtemp(dir), nullptr);
   std::ofstream(std::string(dir) + "/broken.so") << "not a shared object\n";
@@ -173,10 +186,15 @@ TEST_F(I18nChainTest, BrokenLibrariesAreSkippedWithATraceLine) {
   std::filesystem::remove_all(dir);
 }
 
-bool is_loaded(const char *name) {
-  void *h = dlopen((std::string(KORUTL_LANGUAGE_DIR "/") + name).c_str(), RTLD_NOW | RTLD_NOLOAD);
+// Whether the language library `stem` (orr_en, ...) is loaded.
+bool is_loaded(const std::string &stem) {
+#if defined(_WIN32)
+  return GetModuleHandleA((std::string(KORUTL_LANGUAGE_DIR "/") + stem + ".dll").c_str()) != nullptr;
+#else
+  void *h = dlopen((std::string(KORUTL_LANGUAGE_DIR "/") + stem + ".so").c_str(), RTLD_NOW | RTLD_NOLOAD);
   if (h != nullptr) dlclose(h);
   return h != nullptr;
+#endif
 }
 
 TEST_F(I18nChainTest, FinalisationUnloadsEveryLibrary) {
@@ -186,10 +204,10 @@ TEST_F(I18nChainTest, FinalisationUnloadsEveryLibrary) {
   for (const char *language : {"English", "German", "French", "german"})
     EXPECT_NE(text("\\h\\P\\2.0", language, "ORR_LANGUAGE"), "<null>");
   EXPECT_EQ(KORVOStackLength(cache_), 3);
-  for (const char *name : {"orr_en.so", "orr_de.so", "orr_fr.so"}) EXPECT_TRUE(is_loaded(name)) << name;
+  for (const char *name : {"orr_en", "orr_de", "orr_fr"}) EXPECT_TRUE(is_loaded(name)) << name;
   KORVOFiniteI18n(&cache_);
   EXPECT_EQ(cache_, nullptr);
-  for (const char *name : {"orr_en.so", "orr_de.so", "orr_fr.so"}) EXPECT_FALSE(is_loaded(name)) << name;
+  for (const char *name : {"orr_en", "orr_de", "orr_fr"}) EXPECT_FALSE(is_loaded(name)) << name;
   KORVOFiniteI18n(&cache_);  // nothing left: does nothing
   KORVOFiniteI18n(nullptr);
 }

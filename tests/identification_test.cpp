@@ -39,7 +39,11 @@ TEST(Identification, BuildAgreesWithLibrary) {
   EXPECT_STREQ(KORUTL_PROJECT_VERSION, KORVOUtlGetLibVersion());
   EXPECT_EQ(KORUTL_PROJECT_PATCH_LEVEL, KORVOUtlGetLibPatchLevel());
   EXPECT_EQ(KORUTL_PROJECT_RELEASE, KORVOUtlGetLibRelease());
+#if defined(_WIN32)
+  EXPECT_STREQ(KORUTL_LIBRARY_SONAME, KORVOUtlGetLibFileName());
+#else
   EXPECT_STREQ(KORUTL_LIBRARY_SONAME, "libkorutl.so.2");
+#endif
 }
 
 // Reads the stamp block from the library file byte by byte: any field that

@@ -1,2 +1,7 @@
 // A stand-in language library for the loading tests.
-extern "C" __attribute__((visibility("default"))) const char *get_resource() { return "probe"; }
+#if defined(_WIN32)
+#define PROBE_EXPORT __declspec(dllexport)
+#else
+#define PROBE_EXPORT __attribute__((visibility("default")))
+#endif
+extern "C" PROBE_EXPORT const char *get_resource() { return "probe"; }

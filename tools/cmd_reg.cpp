@@ -1,21 +1,20 @@
-// korutl reg: query, add, delete, export and import keys and values of the configuration
+// korutl reg: query, add, delete, export, import and show as a tree keys and values of the configuration
 // store, with the verbs and switches of Windows' reg command (/v, /ve, /t,
 // /d, /f) and long options (--value, --default-value, --type, --data,
 // --force). Keys may start with HKLM as a short form of HKEY_LOCAL_MACHINE.
-#include <strings.h>
 
 #include <cctype>
-#include <cinttypes>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <map>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "siblings/rsv/rsv.h"
 #include "tools/commands.h"
+#include "tools/reg_tree.h"
+#include "tools/reg_values.h"
 
 namespace korutl_tool {
 
@@ -30,34 +29,41 @@ struct RegArgs {
   std::string type = "REG_SZ";
   std::string data;
   std::string file;  // export: the file written; import: the file read
+  int depth = -1;    // tree: subkey levels shown, -1 all
 };
 
-const std::map<std::string, uint32_t> type_codes = {
-    {"REG_SZ", 1}, {"REG_EXPAND_SZ", 2}, {"REG_BINARY", 3},
-    {"REG_DWORD", 4}, {"REG_MULTI_SZ", 7}, {"REG_QWORD", 11}};
-
-std::string type_name(uint32_t code) {
-  for (const auto &[name, c] : type_codes)
-    if (c == code) return name;
-  return "REG_NONE";
-}
-
-std::string full_key(const std::string &key) {
-  if (key.size() >= 4 && strncasecmp(key.c_str(), "HKLM", 4) == 0 &&
-      (key.size() == 4 || key[4] == '\\'))
-    return "HKEY_LOCAL_MACHINE" + key.substr(4);
-  return key;
+// tree [KEY] [--depth N]: KEY defaults to the family's root key.
+bool parse_tree(const std::vector<std::string> &args, RegArgs &out) {
+  out.verb = args[0];
+  out.key = "HKEY_LOCAL_MACHINE\\SOFTWARE\\Vantrel";
+  bool have_key = false;
+  for (size_t i = 1; i < args.size(); ++i) {
+    if (args[i] == "--depth") {
+      if (i + 1 >= args.size()) return false;
+      char *end = nullptr;
+      const long depth = std::strtol(args[++i].c_str(), &end, 10);
+      if (args[i].empty() || *end != '\0' || depth < 0 || depth > 512) return false;
+      out.depth = static_cast<int>(depth);
+    } else if (!have_key) {
+      out.key = reg_full_key(args[i]);
+      have_key = true;
+    } else {
+      return false;
+    }
+  }
+  return true;
 }
 
 // Reads the verb's arguments; false on a usage error.
 bool parse(const std::vector<std::string> &args, RegArgs &out) {
+  if (!args.empty() && args[0] == "tree") return parse_tree(args, out);
   if (args.size() < 2) return false;
   out.verb = args[0];
   if (out.verb == "import") {
     out.file = args[1];
     return args.size() == 2;
   }
-  out.key = full_key(args[1]);
+  out.key = reg_full_key(args[1]);
   size_t first_option = 2;
   if (out.verb == "export") {
     if (args.size() < 3) return false;
@@ -132,70 +138,12 @@ bool encode(uint32_t type, const std::string &data, std::string &bytes) {
   }
 }
 
-std::string show(uint32_t type, const std::string &bytes) {
-  char buf[32];
-  switch (type) {
-    case 4:
-      if (bytes.size() != 4) break;
-      uint32_t d;
-      std::memcpy(&d, bytes.data(), 4);
-      std::snprintf(buf, sizeof buf, "0x%" PRIx32, d);
-      return buf;
-    case 11:
-      if (bytes.size() != 8) break;
-      uint64_t q;
-      std::memcpy(&q, bytes.data(), 8);
-      std::snprintf(buf, sizeof buf, "0x%" PRIx64, q);
-      return buf;
-    case 1:
-    case 2:
-      return std::string(bytes.c_str(), strnlen(bytes.data(), bytes.size()));
-    case 7: {
-      std::string text;
-      for (size_t start = 0; start < bytes.size() && bytes[start] != '\0';) {
-        const size_t len = strnlen(bytes.data() + start, bytes.size() - start);
-        if (!text.empty()) text += "\\0";
-        text.append(bytes, start, len);
-        start += len + 1;
-      }
-      return text;
-    }
-    default:
-      break;
-  }
-  std::string hex;
-  for (unsigned char c : bytes) {
-    std::snprintf(buf, sizeof buf, "%02X", c);
-    hex += buf;
-  }
-  return hex;
-}
-
 bool print_value(const std::string &key, const std::string &name) {
-  uint32_t type = 0, size = 0;
-  if (rsv_get_value_ex(key.c_str(), name.c_str(), &type, nullptr, &size, M, __LINE__) != RSV_OK)
-    return false;
-  std::string bytes(size, '\0');
-  if (rsv_get_value_ex(key.c_str(), name.c_str(), &type, bytes.data(), &size, M, __LINE__) != RSV_OK)
-    return false;
+  const auto value = reg_read_value(key, name);
+  if (!value) return false;
   std::printf("    %s    %s    %s\n", name.empty() ? "(Default)" : name.c_str(),
-              type_name(type).c_str(), show(type, bytes).c_str());
+              reg_type_name(value->type).c_str(), reg_show_value(value->type, value->bytes).c_str());
   return true;
-}
-
-// Names of a key's subkeys (slot 256) or values (slot 33).
-std::vector<std::string> names_of(const std::string &key, bool values) {
-  uint16_t subkeys = 0, value_count = 0;
-  if (rsv_query_key(key.c_str(), &subkeys, &value_count, M, __LINE__) != RSV_OK) return {};
-  uint16_t count = values ? value_count : subkeys;
-  const size_t slot = values ? 33 : 256;
-  std::vector<char> slots(size_t{count} * slot + 1);
-  std::vector<char *> ptrs;
-  for (uint16_t i = 0; i < count; ++i) ptrs.push_back(slots.data() + i * slot);
-  const uint16_t rc = values ? rsv_enum_values(key.c_str(), ptrs.data(), &count, M, __LINE__)
-                             : rsv_enum_subkeys(key.c_str(), ptrs.data(), &count, M, __LINE__);
-  if (rc != RSV_OK) return {};
-  return {ptrs.begin(), ptrs.begin() + count};
 }
 
 int query(const RegArgs &a) {
@@ -211,15 +159,15 @@ int query(const RegArgs &a) {
   }
   std::printf("\n%s\n", a.key.c_str());
   if (a.value) return print_value(a.key, *a.value) ? 0 : 1;
-  for (const std::string &name : names_of(a.key, true)) print_value(a.key, name);
+  for (const std::string &name : reg_value_names(a.key)) print_value(a.key, name);
   std::printf("\n");
-  for (const std::string &sub : names_of(a.key, false)) std::printf("%s\\%s\n", a.key.c_str(), sub.c_str());
+  for (const std::string &sub : reg_subkey_names(a.key)) std::printf("%s\\%s\n", a.key.c_str(), sub.c_str());
   return 0;
 }
 
 int add(const RegArgs &a) {
   uint32_t type = 0;
-  if (auto it = type_codes.find(a.type); it != type_codes.end()) type = it->second;
+  if (auto it = reg_type_codes().find(a.type); it != reg_type_codes().end()) type = it->second;
   std::string bytes;
   if (type == 0 || (a.value && !encode(type, a.data, bytes))) {
     std::fprintf(stderr, "ERROR: Invalid type or data.\n");
@@ -255,6 +203,14 @@ int export_key(const RegArgs &a) {
   return 0;
 }
 
+int tree(const RegArgs &a) {
+  if (!print_reg_tree(stdout, a.key, TreeStyle{a.depth, ""})) {
+    std::fprintf(stderr, "ERROR: The system was unable to find the specified registry key or value.\n");
+    return 1;
+  }
+  return 0;
+}
+
 int import_file(const RegArgs &a) {
   uint32_t bad_line = 0;
   if (rsv_import_file(a.file.c_str(), &bad_line, M, __LINE__) != RSV_OK) {
@@ -272,7 +228,7 @@ int import_file(const RegArgs &a) {
 void add_reg_command(CLI::App &app) {
   auto *cmd = app.add_subcommand(
       "reg", "Registry keys and values: reg query|add|delete KEY [/v NAME | /ve] [/t TYPE] [/d DATA] "
-             "[/f], reg export KEY FILE, reg import FILE");
+             "[/f], reg export KEY FILE, reg import FILE, reg tree [KEY] [--depth N]");
   cmd->prefix_command();
   cmd->callback([cmd] {
     RegArgs a;
@@ -291,6 +247,8 @@ void add_reg_command(CLI::App &app) {
       exit_code = export_key(a);
     else if (a.verb == "import")
       exit_code = import_file(a);
+    else if (a.verb == "tree")
+      exit_code = tree(a);
     else {
       std::fprintf(stderr, "ERROR: Unknown verb %s.\n", a.verb.c_str());
       exit_code = 2;

@@ -1,45 +1,23 @@
-// libkorcpx on iconv. Handles index a table of open converters; each has
-// its own mutex because an iconv descriptor keeps shift state.
+// libkorcpx: handles index a table of open converters (codec.h); each has
+// its own mutex because a converter may keep shift state.
 #include "siblings/cpx/cpx.h"
 
-#include <iconv.h>
-#include <langinfo.h>
-#include <strings.h>
-#include <sys/stat.h>
-
-#include <cerrno>
 #include <cstring>
+#include <filesystem>
 #include <memory>
 #include <mutex>
 #include <string_view>
+#include <system_error>
 #include <vector>
+
+#include "siblings/cpx/codec.h"
 
 namespace {
 
-struct CodeSet {
-  int32_t number;
-  const char *iconv_name;
-};
-
-// The first entry of a name wins when the local code set is looked up.
-constexpr CodeSet kCodeSets[] = {
-    {437, "CP437"},         {850, "CP850"},         {1200, "UTF-16LE"},  {1201, "UTF-16BE"},
-    {1250, "CP1250"},       {1251, "CP1251"},       {1252, "CP1252"},    {20127, "ANSI_X3.4-1968"},
-    {28591, "ISO-8859-1"},  {28592, "ISO-8859-2"},  {28605, "ISO-8859-15"}, {65001, "UTF-8"},
-    {CPX_CODESET_FAMILY, "UTF-8"},
-};
-
-const char *iconv_name_of(int32_t number) {
-  for (const CodeSet &c : kCodeSets) {
-    if (c.number == number) return c.iconv_name;
-  }
-  return nullptr;
-}
-
+// A codec with the mutex that keeps it to one caller at a time.
 struct Converter {
   std::mutex mutex;
-  iconv_t cd;
-  ~Converter() { iconv_close(cd); }
+  std::unique_ptr<korcpx::Codec> codec;
 };
 
 std::mutex table_mutex;  // guards `started` and `converters`
@@ -68,8 +46,8 @@ CPX_API int32_t cpx_init_ex(const char *const *settings) {
   for (const char *const *s = settings; *s != nullptr; ++s) {
     const std::string_view setting(*s);
     if (setting.substr(0, kObjDir.size()) != kObjDir) return CPX_E_SETTING;
-    struct stat st;
-    if (stat(*s + kObjDir.size(), &st) != 0 || !S_ISDIR(st.st_mode)) return CPX_E_SETTING;
+    std::error_code error;
+    if (!std::filesystem::is_directory(*s + kObjDir.size(), error)) return CPX_E_SETTING;
   }
   return cpx_init();
 }
@@ -81,26 +59,16 @@ CPX_API int32_t cpx_term(void) {
   return CPX_OK;
 }
 
-CPX_API int32_t cpx_local_codeset(void) {
-  const char *name = nl_langinfo(CODESET);
-  if (name == nullptr) return 0;
-  for (const CodeSet &c : kCodeSets) {
-    if (strcasecmp(c.iconv_name, name) == 0) return c.number;
-  }
-  return 0;
-}
+CPX_API int32_t cpx_local_codeset(void) { return korcpx::local_codeset(); }
 
 CPX_API int32_t cpx_open_conversion(int32_t from, int32_t to, int32_t *handle) {
   if (handle == nullptr) return CPX_E_ARGUMENT;
-  const char *from_name = iconv_name_of(from);
-  const char *to_name = iconv_name_of(to);
-  if (from_name == nullptr || to_name == nullptr) return CPX_E_UNKNOWN_CODESET;
+  if (korcpx::code_set(from) == nullptr || korcpx::code_set(to) == nullptr) return CPX_E_UNKNOWN_CODESET;
   std::lock_guard g(table_mutex);
   if (!started) return CPX_E_NOT_STARTED;
-  iconv_t cd = iconv_open(to_name, from_name);
-  if (cd == reinterpret_cast<iconv_t>(-1)) return CPX_E_UNKNOWN_CODESET;
   auto conv = std::make_shared<Converter>();
-  conv->cd = cd;
+  conv->codec = korcpx::open_codec(from, to);
+  if (conv->codec == nullptr) return CPX_E_UNKNOWN_CODESET;
   // Reuse a closed slot so that handles stay small.
   for (size_t i = 0; i < converters.size(); ++i) {
     if (converters[i] == nullptr) {
@@ -137,20 +105,14 @@ CPX_API int32_t cpx_convert_text(int32_t handle, intptr_t source, intptr_t sourc
   const bool terminate = (flags & CPX_TERMINATE) != 0;
   const size_t capacity = static_cast<size_t>(target_capacity);
   if (terminate && capacity == 0) return CPX_E_TARGET_TOO_SMALL;
-  // Leave room for the terminator so iconv itself can never pass the end.
-  size_t out_left = capacity - (terminate ? 1 : 0);
-
+  // Leave room for the terminator so the converter can never pass the end.
+  size_t length = 0;
   std::lock_guard g(conv->mutex);
-  iconv(conv->cd, nullptr, nullptr, nullptr, nullptr);  // a fresh shift state per text
-  const size_t r = iconv(conv->cd, &in, &in_left, &out, &out_left);
-  if (r == static_cast<size_t>(-1)) return errno == E2BIG ? CPX_E_TARGET_TOO_SMALL : CPX_E_INVALID_INPUT;
-  // Flush a closing shift sequence, if the target code set has one.
-  if (iconv(conv->cd, nullptr, nullptr, &out, &out_left) == static_cast<size_t>(-1)) {
-    return CPX_E_TARGET_TOO_SMALL;
-  }
-  const auto length = static_cast<int32_t>(out - reinterpret_cast<char *>(target));
+  const int32_t r = conv->codec->convert(in, in_left, out, capacity - (terminate ? 1 : 0), length);
+  if (r != CPX_OK) return r;
+  out += length;
   if (terminate) *out = '\0';
-  if (written != 0) *reinterpret_cast<int32_t *>(written) = length;
+  if (written != 0) *reinterpret_cast<int32_t *>(written) = static_cast<int32_t>(length);
   return CPX_OK;
 }
 

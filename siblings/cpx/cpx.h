@@ -17,7 +17,16 @@
 extern "C" {
 #endif
 
-#define CPX_API __attribute__((visibility("default")))
+/* Exported from korcpx.dll on Windows, imported by everyone else there. */
+#if defined(_WIN32)
+#  if defined(korcpx_EXPORTS)
+#    define CPX_API __declspec(dllexport)
+#  else
+#    define CPX_API __declspec(dllimport)
+#  endif
+#else
+#  define CPX_API __attribute__((visibility("default")))
+#endif
 
 #define CPX_CODESET_FAMILY 65456 /* the family's code set: UTF-8 */
 

@@ -1,16 +1,17 @@
-// libkoross on the dynamic linker (dlopen/dlsym/dlclose) and setlocale.
+// libkoross: loading libraries through the system's loader (loader.h),
+// the locale, and the trace function.
 #include "siblings/oss/oss.h"
 
-#include <dlfcn.h>
-#include <strings.h>
-
 #include <atomic>
+#include <cctype>
 #include <clocale>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <string>
 #include <string_view>
+
+#include "siblings/oss/loader.h"
 
 extern "C" OSS_API const int32_t OSS_V19 = 19;
 
@@ -29,34 +30,36 @@ uint16_t fail(uint16_t status, const char *module, int32_t line, const char *ope
   return status;
 }
 
-// One name through the folders of KORVO_LANGUAGE_PATH, then the linker's
-// search. Keeps the first loader message for the trace.
+// One name through the folders of KORVO_LANGUAGE_PATH, then the loader's
+// own search. Keeps the first message worth telling for the trace: a folder
+// without the file tells nothing.
 void *open_by_search(const std::string &name, std::string &reason) {
-  const auto attempt = [&reason](const std::string &path) -> void * {
-    void *h = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
-    if (h == nullptr && reason.empty()) {
-      const char *e = dlerror();
-      reason = e ? e : "cannot load " + path;
-    }
+  const auto attempt = [&reason](const std::string &path, bool quiet_if_missing) -> void * {
+    std::string why;
+    bool missing = false;
+    void *h = koross::open_library(path, why, missing);
+    if (h == nullptr && reason.empty() && !(quiet_if_missing && missing)) reason = why;
     return h;
   };
-  if (name.find('/') != std::string::npos) return attempt(name);
+  if (koross::names_a_path(name)) return attempt(name, false);
   if (const char *path = std::getenv("KORVO_LANGUAGE_PATH")) {
     std::string_view rest(path);
     while (!rest.empty()) {
-      const size_t colon = rest.find(':');
-      const std::string_view folder = rest.substr(0, colon);
-      rest = colon == std::string_view::npos ? std::string_view{} : rest.substr(colon + 1);
+      const size_t end = rest.find(koross::kPathListSeparator);
+      const std::string_view folder = rest.substr(0, end);
+      rest = end == std::string_view::npos ? std::string_view{} : rest.substr(end + 1);
       if (folder.empty()) continue;
-      const std::string candidate = std::string(folder) + "/" + name;
-      // Only a file that exists is worth the loader's error message.
-      if (void *h = dlopen(candidate.c_str(), RTLD_NOW | RTLD_LOCAL)) return h;
-      if (const char *e = dlerror(); e && std::strstr(e, "No such file") == nullptr && reason.empty()) {
-        reason = e;
-      }
+      if (void *h = attempt(std::string(folder) + "/" + name, true)) return h;
     }
   }
-  return attempt(name);
+  return attempt(name, false);
+}
+
+bool ends_with_dll(const std::string &name) {
+  if (name.size() <= 4) return false;
+  std::string suffix = name.substr(name.size() - 4);
+  for (char &c : suffix) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+  return suffix == ".dll";
 }
 
 }  // namespace
@@ -71,8 +74,8 @@ OSS_API uint16_t oss_load_library(const char *file, intptr_t *handle, const char
   std::string reason;
   std::string name(file);
   void *h = open_by_search(name, reason);
-  if (h == nullptr && name.size() > 4 && strcasecmp(name.c_str() + name.size() - 4, ".dll") == 0) {
-    name.replace(name.size() - 4, 4, ".so");
+  if (h == nullptr && koross::kDllStandIn != nullptr && ends_with_dll(name)) {
+    name.replace(name.size() - 4, 4, koross::kDllStandIn);
     h = open_by_search(name, reason);
   }
   if (h == nullptr) return fail(OSS_E_NOT_FOUND, module, line, "oss_load_library", reason);
@@ -85,12 +88,10 @@ OSS_API uint16_t oss_get_function_address(intptr_t handle, const char *name, voi
   if (handle == 0 || name == nullptr || address == nullptr) {
     return fail(OSS_E_ARGUMENT, module, line, "oss_get_function_address", "null argument");
   }
-  dlerror();
-  void *sym = dlsym(reinterpret_cast<void *>(handle), name);
+  std::string reason;
+  void *sym = koross::find_symbol(reinterpret_cast<void *>(handle), name, reason);
   if (sym == nullptr) {
-    const char *e = dlerror();
-    return fail(OSS_E_NO_SYMBOL, module, line, "oss_get_function_address",
-                e ? e : std::string("no entry point ") + name);
+    return fail(OSS_E_NO_SYMBOL, module, line, "oss_get_function_address", reason);
   }
   *address = sym;
   return OSS_OK;
@@ -98,9 +99,8 @@ OSS_API uint16_t oss_get_function_address(intptr_t handle, const char *name, voi
 
 OSS_API uint16_t oss_unload_library(intptr_t handle, const char *module, int32_t line) {
   if (handle == 0) return fail(OSS_E_ARGUMENT, module, line, "oss_unload_library", "null handle");
-  if (dlclose(reinterpret_cast<void *>(handle)) != 0) {
-    const char *e = dlerror();
-    return fail(OSS_E_ARGUMENT, module, line, "oss_unload_library", e ? e : "dlclose failed");
+  if (std::string reason; !koross::close_library(reinterpret_cast<void *>(handle), reason)) {
+    return fail(OSS_E_ARGUMENT, module, line, "oss_unload_library", reason);
   }
   return OSS_OK;
 }
@@ -120,7 +120,7 @@ OSS_API uint16_t oss_getlocale(int32_t, char *area, int32_t size, const char *mo
   }
   area[0] = '\0';
   // The message locale: the language the user wants texts in.
-  const char *name = std::setlocale(LC_MESSAGES, nullptr);
+  const char *name = koross::message_locale();
   if (name == nullptr) return fail(OSS_E_NOT_FOUND, module, line, "oss_getlocale", "no locale");
   const size_t len = std::strlen(name);
   if (len >= static_cast<size_t>(size)) {

@@ -15,7 +15,16 @@
 extern "C" {
 #endif
 
-#define OSS_API __attribute__((visibility("default")))
+/* Exported from koross.dll on Windows, imported by everyone else there. */
+#if defined(_WIN32)
+#  if defined(koross_EXPORTS)
+#    define OSS_API __declspec(dllexport)
+#  else
+#    define OSS_API __declspec(dllimport)
+#  endif
+#else
+#  define OSS_API __attribute__((visibility("default")))
+#endif
 
 #define OSS_OK 0
 #define OSS_E_ARGUMENT 1  /* a null or empty argument */

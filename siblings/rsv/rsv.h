@@ -20,7 +20,16 @@
 extern "C" {
 #endif
 
-#define RSV_API __attribute__((visibility("default")))
+/* Exported from korrsv.dll on Windows, imported by everyone else there. */
+#if defined(_WIN32)
+#  if defined(korrsv_EXPORTS)
+#    define RSV_API __declspec(dllexport)
+#  else
+#    define RSV_API __declspec(dllimport)
+#  endif
+#else
+#  define RSV_API __attribute__((visibility("default")))
+#endif
 
 #define RSV_OK 0
 #define RSV_E_NO_VALUE 2       /* the key exists, the value does not */
@@ -86,7 +95,8 @@ RSV_API uint16_t rsv_delete_key(const char *key, const char *module, int32_t lin
 RSV_API uint16_t rsv_enum_subkeys(const char *key, char **names, uint16_t *count,
                                   const char *module, int32_t line);
 
-/* Value names in the order they were first set. names[i] point to slots of
+/* Value names in the order they were first set (on Windows: in the system
+ * registry's own order). names[i] point to slots of
  * 33 bytes; a longer name is cut to 32 characters. *count as above. */
 RSV_API uint16_t rsv_enum_values(const char *key, char **names, uint16_t *count,
                                  const char *module, int32_t line);

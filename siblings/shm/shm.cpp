@@ -3,8 +3,6 @@
 // allocates; freed handles go on a free list for reuse.
 #include "siblings/shm/shm.h"
 
-#include <sched.h>
-
 #include <array>
 #include <atomic>
 #include <mutex>
@@ -105,7 +103,7 @@ SHM_API int32_t shm_spin_lock(uint32_t lock, int32_t, const char *, int32_t) {
     if (spins < 64) {
       SHM_PAUSE();
     } else {
-      sched_yield();
+      std::this_thread::yield();
     }
   }
 }

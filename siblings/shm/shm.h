@@ -17,7 +17,16 @@
 extern "C" {
 #endif
 
-#define SHM_API __attribute__((visibility("default")))
+/* Exported from korshm.dll on Windows, imported by everyone else there. */
+#if defined(_WIN32)
+#  if defined(korshm_EXPORTS)
+#    define SHM_API __declspec(dllexport)
+#  else
+#    define SHM_API __declspec(dllimport)
+#  endif
+#else
+#  define SHM_API __attribute__((visibility("default")))
+#endif
 
 /* Statuses. */
 #define SHM_OK 0

@@ -50,6 +50,9 @@ TEST_F(Win32Registry, CreateSetQueryWithWin32Semantics) {
 }
 
 TEST_F(Win32Registry, BadArgumentsAreRefused) {
+#if defined(_WIN32)
+  GTEST_SKIP() << "on Windows these are the system's own functions: no layer of ours to test";
+#endif
   HKEY key = nullptr;
   char no_class[] = "";
   EXPECT_EQ(RegOpenKeyExA(HKEY_LOCAL_MACHINE, "A", 0, KEY_READ, nullptr), ERROR_INVALID_PARAMETER);

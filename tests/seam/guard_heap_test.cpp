@@ -1,9 +1,7 @@
 // The guard-page heap and the memory table, on the library's internal
 // objects, so they are tested whatever the build's initial mode.
 #include <gtest/gtest.h>
-#include <unistd.h>
 
-#include <csignal>
 #include <cstdlib>
 #include <cstring>
 #include <random>
@@ -133,8 +131,8 @@ TEST_F(GuardHeap, MismatchedPointersAreReportedAndChangeNothing) {
 TEST_F(GuardHeap, MismatchAnsweredYesBreaks) {
   GTEST_FLAG_SET(death_test_style, "threadsafe");
   int on_stack = 0;
-  EXPECT_EXIT((setenv("KORVO_MESSAGEBOX_ANSWER", "yes", 1), nfree(&on_stack)),
-              ::testing::KilledBySignal(SIGTRAP), "Activate breakpoint");
+  EXPECT_BREAKPOINT((setenv("KORVO_MESSAGEBOX_ANSWER", "yes", 1), nfree(&on_stack)),
+                    "Activate breakpoint");
 }
 
 TEST_F(GuardHeap, TotalsFollowAllocationsAndReleases) {
@@ -191,6 +189,13 @@ TEST_F(GuardHeap, ReallocOfAStrayShowsTwoBoxes) {
 // A program's life: a million blocks, up to 10,000 live at once. Without
 // merging of released ranges this runs out of kernel mappings.
 TEST_F(GuardHeap, MillionBlocksOutliveTheMappingLimit) {
+#if defined(_WIN32)
+  // Wine maps every reserved region of its own, so a process meets the
+  // host's mapping limit after some 38000 regions that Windows holds easily.
+  if (GetProcAddress(GetModuleHandleA("ntdll.dll"), "wine_get_version") != nullptr)
+    GTEST_SKIP() << "under Wine, address space reserved by decommitted blocks runs into the "
+                    "host's mapping limit";
+#endif
   constexpr size_t kLive = 10000;
   constexpr size_t kTotal = 1000000;
   std::vector<void *> live(kLive, nullptr);

@@ -12,7 +12,11 @@
 
 namespace korutl_test {
 
+#if defined(_WIN32)
+inline const std::string kLanguagePath = KORUTL_LANGUAGE_DIR ";" KORUTL_PROBE_DIR;
+#else
 inline const std::string kLanguagePath = KORUTL_LANGUAGE_DIR ":" KORUTL_PROBE_DIR;
+#endif
 
 class LanguageStore : public TempStore {
  protected:

@@ -1,37 +1,86 @@
-// Gives each test its own configuration store file through KORVO_REGISTRY,
-// so no test ever reads or writes the user's real store.
+// Gives each test its own configuration store, so no test ever reads or
+// writes the user's real one. On Linux that is a store file named through
+// KORVO_REGISTRY. On Windows the store is the system registry: the test
+// process sees a scratch key under HKEY_CURRENT_USER in place of
+// HKEY_LOCAL_MACHINE (RegOverridePredefKey), and the korutl command under
+// test does the same from KORUTL_TEST_HKLM (tests/support/win32_hooks.cpp).
+// Either way file() is a path in a scratch folder of the test's own.
 #ifndef KORUTL_TESTS_SUPPORT_TEMP_STORE_H
 #define KORUTL_TESTS_SUPPORT_TEMP_STORE_H
 
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <cstdlib>
 #include <filesystem>
 #include <string>
+
+#if defined(_WIN32)
+#include <windows.h>
+#else
+#include <unistd.h>
+#endif
 
 namespace korutl_test {
 
 class TempStore : public ::testing::Test {
  protected:
   void SetUp() override {
+#if defined(_WIN32)
+    static unsigned counter = 0;
+    const std::string name = std::to_string(GetCurrentProcessId()) + "-" + std::to_string(++counter);
+    dir_ = (std::filesystem::temp_directory_path() / ("korutl-store-" + name)).string();
+    std::filesystem::create_directories(dir_);
+    scratch_ = "Software\\korutl-tests\\" + name;
+    RegDeleteTreeA(HKEY_CURRENT_USER, scratch_.c_str());  // a stale one of a dead process
+    HKEY key = nullptr;
+    ASSERT_EQ(RegCreateKeyExA(HKEY_CURRENT_USER, scratch_.c_str(), 0, nullptr, 0, KEY_ALL_ACCESS,
+                              nullptr, &key, nullptr), ERROR_SUCCESS);
+    ASSERT_EQ(RegOverridePredefKey(HKEY_LOCAL_MACHINE, key), ERROR_SUCCESS);
+    RegCloseKey(key);
+    setenv("KORUTL_TEST_HKLM", scratch_.c_str(), 1);
+#else
     char pattern[] = "/tmp/korutl-store-XXXXXX";
     ASSERT_NE(mkdtemp(pattern), nullptr);
     dir_ = pattern;
+    setenv("KORVO_REGISTRY", (dir_ + "/sub/registry.db").c_str(), 1);
+#endif
     file_ = dir_ + "/sub/registry.db";
-    setenv("KORVO_REGISTRY", file_.c_str(), 1);
   }
   void TearDown() override {
     if (dir_.empty()) return;  // SetUp skipped
+#if defined(_WIN32)
+    RegOverridePredefKey(HKEY_LOCAL_MACHINE, nullptr);
+    RegDeleteTreeA(HKEY_CURRENT_USER, scratch_.c_str());
+    unsetenv("KORUTL_TEST_HKLM");
+#else
     unsetenv("KORVO_REGISTRY");
-    std::filesystem::remove_all(dir_);
+#endif
+    std::error_code ignored;
+    std::filesystem::remove_all(dir_, ignored);
   }
   const std::string &file() const { return file_; }
-  bool store_exists() const { return std::filesystem::exists(file_); }
+  // Whether anything has been written to the store.
+  bool store_exists() const {
+#if defined(_WIN32)
+    HKEY key = nullptr;
+    DWORD subkeys = 0;
+    if (RegOpenKeyExA(HKEY_CURRENT_USER, scratch_.c_str(), 0, KEY_READ, &key) != ERROR_SUCCESS)
+      return false;
+    RegQueryInfoKeyA(key, nullptr, nullptr, nullptr, &subkeys, nullptr, nullptr, nullptr, nullptr,
+                     nullptr, nullptr, nullptr);
+    RegCloseKey(key);
+    return subkeys > 0;
+#else
+    return std::filesystem::exists(file_);
+#endif
+  }
 
  private:
   std::string dir_;
   std::string file_;
+#if defined(_WIN32)
+  std::string scratch_;
+#endif
 };
 
 }  // namespace korutl_test

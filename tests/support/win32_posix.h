@@ -1,0 +1,41 @@
+// The few POSIX calls the tests use for their scratch state, on Windows.
+// Windows test builds include this header ahead of every test source (see
+// tests/CMakeLists.txt), so one test source serves both platforms.
+#ifndef KORUTL_TESTS_SUPPORT_WIN32_POSIX_H
+#define KORUTL_TESTS_SUPPORT_WIN32_POSIX_H
+
+#ifdef __cplusplus
+#include <direct.h>
+#include <io.h>
+#include <process.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+
+inline int setenv(const char *name, const char *value, int overwrite) {
+  if (!overwrite && std::getenv(name) != nullptr) return 0;
+  return _putenv_s(name, value) == 0 ? 0 : -1;
+}
+
+// An empty value removes the variable from the environment on Windows.
+inline int unsetenv(const char *name) { return _putenv_s(name, "") == 0 ? 0 : -1; }
+
+// Makes a new folder from a pattern ending in "XXXXXX"; the pattern is
+// rewritten to the folder's name.
+inline char *mkdtemp(char *pattern) {
+  const size_t length = std::strlen(pattern);
+  if (length < 6 || std::strcmp(pattern + length - 6, "XXXXXX") != 0) return nullptr;
+  for (int attempt = 0; attempt < 100; ++attempt) {
+    static unsigned counter = 0;
+    const unsigned value = (static_cast<unsigned>(_getpid()) * 7919u + ++counter) % 1000000u;
+    unsigned v = value;
+    for (int i = 0; i < 6; ++i, v /= 10) pattern[length - 1 - i] = static_cast<char>('0' + v % 10);
+    if (_mkdir(pattern) == 0) return pattern;
+    if (errno != EEXIST) return nullptr;
+  }
+  return nullptr;
+}
+#endif
+
+#endif

@@ -1,0 +1,93 @@
+// The OS-services library on Windows: LoadLibraryA through
+// KORVO_LANGUAGE_PATH (';'-separated), no ".dll" -> ".so" retry, entry
+// points through GetProcAddress, the C runtime's locale, and the trace.
+#include <gtest/gtest.h>
+
+#include <clocale>
+#include <string>
+#include <vector>
+
+#include "siblings/oss/oss.h"
+
+namespace {
+
+std::vector<std::string> traced;
+void collect(const char *line) { traced.emplace_back(line); }
+
+class OssWindows : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    traced.clear();
+    oss_set_trace_func(collect, "test", __LINE__);
+  }
+  void TearDown() override {
+    oss_set_trace_func(nullptr, "test", __LINE__);
+    unsetenv("KORVO_LANGUAGE_PATH");
+  }
+};
+
+TEST_F(OssWindows, ResolvesNamesWithoutTheSoRetry) {
+  struct Case {
+    std::string path;  // KORVO_LANGUAGE_PATH, empty: unset
+    std::string file;
+    bool loads;
+  };
+  const std::string dir = KORUTL_PROBE_DIR;
+  std::string backslashed = dir;
+  for (char &c : backslashed) c = c == '/' ? '\\' : c;
+  const Case cases[] = {
+      {"", dir + "/oss_probe.dll", true},
+      {"", backslashed + "\\oss_probe.dll", true},
+      {"", dir + "/oss_probe.so", false},
+      {"", "oss_probe.so", false},
+      {"C:\\nonexistent;;" + dir, "oss_probe.dll", true},
+      {dir, "OSS_PROBE.DLL", true},
+      {dir, "oss_probe.so", false},
+      {dir, "missing.dll", false},
+  };
+  for (const Case &c : cases) {
+    if (c.path.empty()) {
+      unsetenv("KORVO_LANGUAGE_PATH");
+    } else {
+      setenv("KORVO_LANGUAGE_PATH", c.path.c_str(), 1);
+    }
+    intptr_t handle = 0;
+    const uint16_t st = oss_load_library(c.file.c_str(), &handle, "test", 7);
+    EXPECT_EQ(st == OSS_OK, c.loads) << c.path << " | " << c.file;
+    if (st != OSS_OK) {
+      EXPECT_EQ(handle, 0);
+      continue;
+    }
+    void *entry = nullptr;
+    ASSERT_EQ(oss_get_function_address(handle, "get_resource", &entry, "test", 8), OSS_OK);
+    EXPECT_STREQ(reinterpret_cast<const char *(*)()>(entry)(), "probe");
+    void *none = &entry;
+    EXPECT_EQ(oss_get_function_address(handle, "GetStringResource", &none, "test", 9),
+              OSS_E_NO_SYMBOL);
+    EXPECT_EQ(none, &entry) << "address untouched on failure";
+    EXPECT_EQ(oss_unload_library(handle, "test", 10), OSS_OK);
+  }
+}
+
+TEST_F(OssWindows, FailuresAreTracedWithPositionAndReason) {
+  intptr_t handle = 0;
+  EXPECT_EQ(oss_load_library("no-such-library.dll", &handle, "I18N/korstrng", 42), OSS_E_NOT_FOUND);
+  ASSERT_EQ(traced.size(), 1u);
+  EXPECT_EQ(traced[0].rfind("I18N/korstrng:42: oss_load_library: ", 0), 0u) << traced[0];
+  EXPECT_NE(traced[0].find("no-such-library"), std::string::npos) << "the loader's own reason";
+  EXPECT_EQ(traced[0].back(), '\n');
+  EXPECT_EQ(traced[0].find('\r'), std::string::npos) << "the system message's line end is cut";
+}
+
+TEST_F(OssWindows, ReportsTheRuntimeLocale) {
+  EXPECT_EQ(oss_setlocale(0, 0, "test", 1), OSS_OK);
+  char area[768];
+  EXPECT_EQ(oss_getlocale(1, area, sizeof area, "test", 2), OSS_OK);
+  EXPECT_STREQ(area, std::setlocale(LC_CTYPE, nullptr));
+  char tiny[3] = "xx";
+  EXPECT_NE(oss_getlocale(1, tiny, sizeof tiny, "test", 3), OSS_OK);
+  EXPECT_STREQ(tiny, "");
+  std::setlocale(LC_ALL, "C");
+}
+
+}  // namespace

@@ -1,0 +1,91 @@
+// On Windows the configuration tree is the system registry: what a program
+// writes with the registry API, korrsv.dll and the library's settings read,
+// and the other way round. Writers in several threads lose nothing.
+#include <windows.h>
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "korutl.h"
+#include "siblings/rsv/rsv.h"
+#include "tests/support/temp_store.h"
+
+namespace {
+
+constexpr const char *M = "tests/registry";
+const std::string sub = "SOFTWARE\\Vantrel\\Halcyra\\Global";
+const std::string full = "HKEY_LOCAL_MACHINE\\" + sub;
+
+class SystemRegistry : public korutl_test::TempStore {};
+
+TEST_F(SystemRegistry, AllDoorsSeeOneTree) {
+  HKEY key = nullptr;
+  ASSERT_EQ(RegCreateKeyExA(HKEY_LOCAL_MACHINE, sub.c_str(), 0, nullptr, 0, KEY_ALL_ACCESS, nullptr,
+                            &key, nullptr), ERROR_SUCCESS);
+  ASSERT_EQ(RegSetValueExA(key, "FromApi", 0, REG_SZ, reinterpret_cast<const BYTE *>("api"), 4),
+            ERROR_SUCCESS);
+  char text[64];
+  uint16_t length = sizeof text;
+  ASSERT_EQ(rsv_get_value(full.c_str(), "fromapi", text, &length, M, __LINE__), RSV_OK);
+  EXPECT_STREQ(text, "api");
+
+  ASSERT_EQ(rsv_set_value(full.c_str(), "FromRsv", "rsv", M, __LINE__), RSV_OK);
+  DWORD type = 0, size = sizeof text;
+  ASSERT_EQ(RegQueryValueExA(key, "FromRsv", nullptr, &type, reinterpret_cast<BYTE *>(text), &size),
+            ERROR_SUCCESS);
+  EXPECT_EQ(type, DWORD{REG_SZ});
+  EXPECT_STREQ(text, "rsv");
+  RegCloseKey(key);
+
+  // The direct settings: "SOFTWARE\Vantrel\<product>\<section>".
+  ASSERT_EQ(KORVOSaveSetting("Halcyra", "Global", "FromSetting", "setting"), 1);
+  length = sizeof text;
+  ASSERT_EQ(rsv_get_value(full.c_str(), "FromSetting", text, &length, M, __LINE__), RSV_OK);
+  EXPECT_STREQ(text, "setting");
+  char out[1024];
+  KORVOGetSetting("Halcyra", "Global", "FromRsv", "none", out);
+  EXPECT_STREQ(out, "rsv");
+
+  ASSERT_EQ(rsv_delete_key("HKEY_LOCAL_MACHINE\\SOFTWARE\\Vantrel", M, __LINE__), RSV_OK);
+  EXPECT_EQ(RegOpenKeyExA(HKEY_LOCAL_MACHINE, sub.c_str(), 0, KEY_READ, &key),
+            ERROR_FILE_NOT_FOUND);
+}
+
+TEST_F(SystemRegistry, ThreadsWritingAtOnceLoseNothing) {
+  constexpr int threads = 4, count = 50;
+  std::vector<std::thread> pool;
+  std::vector<char> ok(threads, 0);
+  for (int t = 0; t < threads; ++t)
+    pool.emplace_back([&ok, t] {
+      const std::string key = full + "\\W" + std::to_string(t);
+      bool good = rsv_create_key(key.c_str(), M, __LINE__) == RSV_OK;
+      for (int i = 0; good && i < count; ++i) {
+        const std::string v = std::to_string(i);
+        good = rsv_set_value(key.c_str(), ("v" + v).c_str(), v.c_str(), M, __LINE__) == RSV_OK;
+      }
+      ok[t] = good;
+    });
+  for (auto &th : pool) th.join();
+  for (int t = 0; t < threads; ++t) {
+    ASSERT_TRUE(ok[t]) << t;
+    uint16_t subkeys = 0, values = 0;
+    const std::string key = full + "\\W" + std::to_string(t);
+    ASSERT_EQ(rsv_query_key(key.c_str(), &subkeys, &values, M, __LINE__), RSV_OK);
+    EXPECT_EQ(values, count) << t;
+  }
+}
+
+TEST_F(SystemRegistry, UnknownRootsAreEmptyAndRootsStay) {
+  EXPECT_EQ(rsv_query_key("HKEY_NOWHERE\\SOFTWARE", nullptr, nullptr, M, __LINE__), RSV_E_NO_KEY);
+  EXPECT_EQ(rsv_create_key("HKEY_NOWHERE\\SOFTWARE", M, __LINE__), RSV_E_BAD_ARGUMENT);
+  ASSERT_EQ(rsv_create_key(full.c_str(), M, __LINE__), RSV_OK);
+  EXPECT_EQ(rsv_delete_key("HKEY_LOCAL_MACHINE", M, __LINE__), RSV_OK) << "empties the root";
+  uint16_t subkeys = 1;
+  EXPECT_EQ(rsv_query_key("HKEY_LOCAL_MACHINE", &subkeys, nullptr, M, __LINE__), RSV_OK);
+  EXPECT_EQ(subkeys, 0);
+}
+
+}  // namespace

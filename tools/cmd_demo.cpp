@@ -1,0 +1,124 @@
+// korutl demo [--quiet] [--store FILE] [--sample FILE]: the library at work
+// on the sample tree, step by step (see demo.h). The store is a temporary
+// one unless KORVO_REGISTRY or --store names one: the demo never writes to
+// the user's own store unasked.
+#include <dirent.h>
+#include <stdlib.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <climits>
+#include <cstdio>
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "tools/commands.h"
+#include "tools/demo.h"
+
+namespace korutl_tool {
+
+namespace {
+
+struct DemoOptions {
+  bool quiet = false;
+  std::string store;
+  std::string sample;
+};
+
+bool exists(const std::string &path) {
+  struct stat st;
+  return !path.empty() && stat(path.c_str(), &st) == 0;
+}
+
+// The folder of the running command, for the installed data beside it.
+std::string program_dir() {
+  char path[PATH_MAX];
+  const ssize_t n = readlink("/proc/self/exe", path, sizeof path - 1);
+  if (n <= 0) return "";
+  std::string dir(path, static_cast<size_t>(n));
+  return dir.substr(0, dir.rfind('/'));
+}
+
+// Installed data first (<prefix>/bin/../share/korutl), then the source and
+// build trees this command was built from.
+std::string find_data(const std::string &installed_name, const std::string &build_path) {
+  const std::string installed = program_dir() + "/../" KORUTL_INSTALL_DATADIR "/" + installed_name;
+  if (exists(installed)) return installed;
+  return exists(build_path) ? build_path : "";
+}
+
+// A fresh folder holding the temporary store, removed again afterwards.
+class TemporaryStore {
+ public:
+  TemporaryStore() {
+    const char *tmp = std::getenv("TMPDIR");
+    std::string pattern = std::string(tmp != nullptr && *tmp == '/' ? tmp : "/tmp") + "/korutl-demo-XXXXXX";
+    if (mkdtemp(pattern.data()) != nullptr) dir_ = pattern;
+  }
+  ~TemporaryStore() {
+    if (dir_.empty()) return;
+    if (DIR *d = opendir(dir_.c_str())) {
+      while (const dirent *e = readdir(d))
+        if (std::strcmp(e->d_name, ".") != 0 && std::strcmp(e->d_name, "..") != 0)
+          unlink((dir_ + "/" + e->d_name).c_str());
+      closedir(d);
+    }
+    rmdir(dir_.c_str());
+  }
+  TemporaryStore(const TemporaryStore &) = delete;
+  TemporaryStore &operator=(const TemporaryStore &) = delete;
+  std::string path() const { return dir_.empty() ? "" : dir_ + "/registry.db"; }
+
+ private:
+  std::string dir_;
+};
+
+int run_demo(const DemoOptions &opt) {
+  std::string store = opt.store;
+  const char *env_store = std::getenv("KORVO_REGISTRY");
+  if (store.empty() && env_store != nullptr && *env_store != '\0') store = env_store;
+  TemporaryStore temporary;
+  const bool is_temporary = store.empty();
+  if (is_temporary) store = temporary.path();
+  if (store.empty()) {
+    std::fprintf(stderr, "korutl demo: cannot create a temporary folder for the store\n");
+    return 1;
+  }
+  setenv("KORVO_REGISTRY", store.c_str(), 1);
+
+  demo::Report report(opt.quiet);
+  demo::Context context{report, opt.sample, ""};
+  if (context.sample.empty())
+    context.sample = find_data("halcyra-sample.reg", KORUTL_SOURCE_DIR "/examples/halcyra-sample.reg");
+#ifdef KORUTL_BUILD_LANGUAGE_DIR
+  context.language_dir = find_data("lang", KORUTL_BUILD_LANGUAGE_DIR);
+#else
+  context.language_dir = find_data("lang", "");
+#endif
+  if (!opt.quiet) {
+    std::printf("korutl demo: store %s%s\n", store.c_str(), is_temporary ? " (temporary, removed afterwards)" : "");
+    std::printf("korutl demo: sample tree %s\n", context.sample.empty() ? "(not found)" : context.sample.c_str());
+  }
+  demo::run_steps(context);
+  return report.finish(is_temporary ? "temporary" : store);
+}
+
+void add_demo_command(CLI::App &app) {
+  static DemoOptions opt;
+  auto *cmd = app.add_subcommand(
+      "demo", "Show the library at work on the sample tree, step by step; exit 0 when every step "
+              "gave the expected answer");
+  cmd->add_flag("-q,--quiet", opt.quiet, "Print only a one-line summary");
+  cmd->add_option("--store", opt.store,
+                  "Store file to import the sample into (default: KORVO_REGISTRY if set, else a "
+                  "temporary store)");
+  cmd->add_option("--sample", opt.sample, "The sample tree (.reg) to import")->check(CLI::ExistingFile);
+  cmd->callback([] { exit_code = run_demo(opt); });
+}
+
+}  // namespace
+
+KORUTL_TOOL_COMMAND("demo", add_demo_command);
+
+}  // namespace korutl_tool

@@ -1,0 +1,25 @@
+// The configuration tree as an indented tree, for a person to read: used by
+// `reg tree`, `cfg tree` and `demo`.
+#ifndef KORUTL_TOOLS_REG_TREE_H
+#define KORUTL_TOOLS_REG_TREE_H
+
+#include <cstdio>
+#include <string>
+
+namespace korutl_tool {
+
+struct TreeStyle {
+  int max_depth = -1;      // levels of subkeys shown below the key; -1 all
+  std::string indent;      // put before every line
+};
+
+// Prints `key` (a full path, "HKLM\..." allowed), then each of its values
+// as "name (TYPE) = value" and each subkey as "name\", two blanks deeper per
+// level; values before subkeys, subkeys in name order. The default value
+// shows as "(Default)". Returns false, printing nothing, when the key does
+// not exist.
+bool print_reg_tree(std::FILE *out, const std::string &key, const TreeStyle &style = {});
+
+}  // namespace korutl_tool
+
+#endif

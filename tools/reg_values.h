@@ -1,0 +1,42 @@
+// Registry values as the korutl command shows them: type names, the text
+// form of a value's bytes, and the names below a key. Shared by `reg`, the
+// tree printer and `demo`.
+#ifndef KORUTL_TOOLS_REG_VALUES_H
+#define KORUTL_TOOLS_REG_VALUES_H
+
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace korutl_tool {
+
+// Registry type names and their codes (REG_SZ 1, ... REG_QWORD 11).
+const std::map<std::string, uint32_t> &reg_type_codes();
+
+// "REG_SZ" for 1 and so on; "REG_NONE" for a code without a name.
+std::string reg_type_name(uint32_t code);
+
+// "HKLM" and "HKLM\..." stand for HKEY_LOCAL_MACHINE.
+std::string reg_full_key(const std::string &key);
+
+// The text form of a value: texts as they are, REG_MULTI_SZ items joined
+// by "\0", DWORD and QWORD in 0x hex, anything else as hex digits.
+std::string reg_show_value(uint32_t type, const std::string &bytes);
+
+// A value's type and bytes, or nothing when the key or value is missing.
+struct RegValue {
+  uint32_t type = 0;
+  std::string bytes;
+};
+std::optional<RegValue> reg_read_value(const std::string &key, const std::string &name);
+
+// The names of a key's values (in the order they were set) or subkeys (in
+// name order); empty when the key is missing.
+std::vector<std::string> reg_value_names(const std::string &key);
+std::vector<std::string> reg_subkey_names(const std::string &key);
+
+}  // namespace korutl_tool
+
+#endif
