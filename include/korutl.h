@@ -290,12 +290,11 @@ KORUTL_API char *KORVOCfgGetAgentConfig(const char *agentKey, const char *valueN
  * stands for "Default". Null when no version holds the value, the product
  * has no versions, or its setting "Use_Strict_Version" (see
  * KORVOGetSetting, section "Products\<product>") is a number that is
- * not 0 modulo 256: a strict product is never searched.
- * Left to the implementer, chosen here: "Use_Strict_Version" is a number
- * of at most three characters; a longer text is no valid setting and
- * counts as unset (the search runs). A version whose path would exceed
- * 767 characters ends the search with null rather than being skipped,
- * as every over-long path of this family is refused. */
+ * not 0 modulo 256: a strict product is never searched. That setting is
+ * a number of at most three characters; a longer text is no valid
+ * setting and counts as unset (the search runs). A version whose path
+ * would exceed 767 characters ends the search with null rather than
+ * being skipped, as every over-long path of this family is refused. */
 KORUTL_API char *KORVOCfgGetProductVersionLatestValue(const char *product, const char *subkey,
                                                        const char *valueName);
 
@@ -425,8 +424,7 @@ KORUTL_API void KORVOCfgEnumerateSnmpTrapDest(KORVOCfgEnumCallback callback);
  * the same count. Only names are read, not the values' data.
  * Null with *count 0 when component is null or "", the key is missing or
  * has no values, memory runs out, or the key path would exceed 255
- * characters. A null count returns null.
- * Left to the implementer, chosen here: a value name longer than 32
+ * characters. A null count returns null. A value name longer than 32
  * characters cannot be returned whole, so the whole list is refused (null,
  * *count 0) rather than holding a cut name that names no variable. */
 KORUTL_API char **KORVOCfgGetEnvironmentVars(const char *component, uint16_t *count);
