@@ -24,8 +24,9 @@ namespace {
 constexpr size_t kLanguageArea = 96;
 constexpr size_t kKeyPathSize = 768;
 
-bool texts_match(const std::string &cached, const std::string &wanted) {
-  return cached.empty() || wanted.empty() || strcasecmp(cached.c_str(), wanted.c_str()) == 0;
+bool texts_match(const std::string &cached, std::string_view wanted) {
+  return cached.empty() || wanted.empty() ||
+         (cached.size() == wanted.size() && strncasecmp(cached.data(), wanted.data(), wanted.size()) == 0);
 }
 
 struct FreeText {
@@ -85,17 +86,21 @@ struct FreeVersions {
 
 }  // namespace
 
-LanguageLibrary *FindCachedLibrary(const LanguageRequest &request) {
-  const int32_t length = KORVOStackLength(request.cache);
+LanguageLibrary *FindCachedLibrary(KORVOStack *cache, const CacheKey &key) {
+  const int32_t length = KORVOStackLength(cache);
   for (int32_t i = 0; i < length; ++i) {
-    auto *library = reinterpret_cast<LanguageLibrary *>(KORVOStackGetNth(request.cache, i));
-    if (library != nullptr && texts_match(library->language, request.language) &&
-        texts_match(library->product, request.product) &&
-        texts_match(library->version, request.version) &&
-        texts_match(library->instance, request.instance))
+    auto *library = reinterpret_cast<LanguageLibrary *>(KORVOStackGetNth(cache, i));
+    if (library != nullptr && texts_match(library->language, key.language) &&
+        texts_match(library->product, key.product) && texts_match(library->version, key.version) &&
+        texts_match(library->instance, key.instance))
       return library;
   }
   return nullptr;
+}
+
+LanguageLibrary *FindCachedLibrary(const LanguageRequest &request) {
+  return FindCachedLibrary(request.cache, {request.language, request.product, request.version,
+                                           request.instance});
 }
 
 LanguageLibrary *FindOrLoadLibrary(LanguageRequest &request) {

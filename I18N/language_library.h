@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <ctime>
 #include <string>
+#include <string_view>
 
 #include "korutl.h"
 
@@ -48,8 +49,17 @@ struct LanguageRequest {
   std::string languagesKey;  // full path of the key naming the libraries
 };
 
-// The newest cached library whose four texts match the request's (equal
+// What a cache search compares: a request's four texts (empty for null).
+struct CacheKey {
+  std::string_view language;
+  std::string_view product;
+  std::string_view version;
+  std::string_view instance;
+};
+
+// The newest cached library whose four texts match the key's (equal
 // without regard to case, or empty on either side); null when none does.
+LanguageLibrary *FindCachedLibrary(KORVOStack *cache, const CacheKey &key);
 LanguageLibrary *FindCachedLibrary(const LanguageRequest &request);
 
 // The cached library of the request, or the one registered for its

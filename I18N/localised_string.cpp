@@ -9,6 +9,7 @@
 #include <mutex>
 #include <new>
 #include <string>
+#include <string_view>
 
 #include "I18N/language_library.h"
 #include "readconfig/cfg_paths.h"
@@ -105,20 +106,52 @@ void fill_request(LanguageRequest &request, const KORVOObjectId *id) {
   request.languagesKey = fits ? path : "";
 }
 
+// The first step of the chain when it can be answered from the cache
+// alone: the common case of a library already loaded, at the cost of a scan
+// of the identifier and the cache, without allocating. Only identifiers
+// without escapes are read here; the parts are the runs between
+// backslashes, as the full parser takes them.
+LanguageLibrary *cached_first_step(KORVOStack *cache, const char *objectId, std::string_view language) {
+  std::string_view parts[4];
+  size_t count = 0;
+  for (const char *p = objectId != nullptr ? objectId : ""; *p != '\0' && count < 4;) {
+    if (*p == '\\') {
+      ++p;
+      continue;
+    }
+    const char *end = p;
+    while (*end != '\0' && *end != '\\') {
+      if (*end == '%') return nullptr;
+      ++end;
+    }
+    parts[count++] = std::string_view(p, static_cast<size_t>(end - p));
+    p = end;
+  }
+  const korutl::i18n::CacheKey key{language, parts[1].empty() ? "Default" : parts[1],
+                                   parts[2].empty() ? "Default" : parts[2], parts[3]};
+  return korutl::i18n::FindCachedLibrary(cache, key);
+}
+
+const char *call_library(LanguageLibrary *library, const char *objectId, const char *language,
+                         const char *key) {
+  library->lastUsed.store(std::time(nullptr), std::memory_order_relaxed);
+  if (library->getStringResource != nullptr) return library->getStringResource(objectId, language, key);
+  return library->getResource(key);
+}
+
 const char *load_string(KORVOStack *cache, const char *objectId, const char *language,
                         const char *key) {
+  const char *const requested_text = language != nullptr && *language != '\0' ? language : "Default";
+  if (LanguageLibrary *cached = cached_first_step(cache, objectId, requested_text))
+    return call_library(cached, objectId, requested_text, key);
   const std::unique_ptr<KORVOObjectId, DestroyObjectId> id(KORVOStrCreateObjectId(objectId, nullptr));
-  const std::string requested = language != nullptr && *language != '\0' ? language : "Default";
+  const std::string requested = requested_text;
   LanguageRequest request;
   request.cache = cache;
   request.language = requested;
   fill_request(request, id.get());
-  if (LanguageLibrary *library = find_library(request, requested)) {
-    library->lastUsed.store(std::time(nullptr), std::memory_order_relaxed);
-    if (library->getStringResource != nullptr)
-      return library->getStringResource(objectId, requested.c_str(), key);
-    return library->getResource(key);
-  }
+  if (LanguageLibrary *library = find_library(request, requested))
+    return call_library(library, objectId, requested.c_str(), key);
   // No library at all: Halcyra's own text for that case, in the same
   // language. For Halcyra itself that would ask again, so a fixed text.
   if (strncasecmp(request.product.c_str(), "Halcyra", 96) != 0)

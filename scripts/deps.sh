@@ -9,6 +9,7 @@ packages=(
   libicu-dev
   libcrypto++-dev libssl-dev
   electric-fence
+  gettext
   doxygen help2man dpkg-dev
 )
 missing=()

@@ -102,6 +102,8 @@ TEST_F(I18nChainTest, LanguageNamesAreMappedAndShortened) {
   reg("P", "2.0", "fr-CA", "orr_fr.dll");
   EXPECT_EQ(text("\\h\\P\\2.0", "en_US.ISO8859-1", "ORR_LANGUAGE"), "English");
   EXPECT_EQ(text("\\h\\P\\2.0", "fr_CA@euro", "ORR_LANGUAGE"), "Français");
+  // Escaped identifiers name the same version, cached or not.
+  EXPECT_EQ(text("\\h\\P\\2%2E0", "EN", "ORR_LANGUAGE"), "English");
   EXPECT_EQ(text("\\h\\P\\2.0", std::string(96, 'e').c_str(), "ORR_LANGUAGE"), kFixedNotFound);
 }
 
