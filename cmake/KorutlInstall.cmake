@@ -29,3 +29,8 @@ install(FILES ${PROJECT_BINARY_DIR}/korutl.pc DESTINATION ${CMAKE_INSTALL_LIBDIR
 
 # The sample configuration tree, read by `korutl demo` and `reg import`.
 install(FILES examples/halcyra-sample.reg DESTINATION ${KORUTL_INSTALL_DATADIR} COMPONENT tools)
+# The sample language libraries it registers, for KORVO_LANGUAGE_PATH.
+if(TARGET korutl_language_libraries)
+  get_target_property(KORUTL_LANGUAGE_TARGETS korutl_language_libraries MANUALLY_ADDED_DEPENDENCIES)
+  install(TARGETS ${KORUTL_LANGUAGE_TARGETS} LIBRARY DESTINATION ${KORUTL_INSTALL_DATADIR}/lang COMPONENT tools)
+endif()

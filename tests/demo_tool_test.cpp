@@ -57,7 +57,7 @@ TEST_F(DemoTool, FailsWhenTheSampleDoesNotImport) {
   EXPECT_EQ(run_tool("demo --sample /nonexistent.reg").status, 2);
 }
 
-TEST_F(DemoTool, RegTreeShowsTypesValuesAndDepth) {
+TEST_F(DemoTool, TreesShowTypesValuesAndDepth) {
   ASSERT_EQ(run_tool("reg import " + sample).status, 0);
   const auto all = run_tool("reg tree 'HKLM\\SOFTWARE\\Vantrel\\Halcyra\\Products\\Halcyra'");
   EXPECT_EQ(all.status, 0);
@@ -70,6 +70,15 @@ TEST_F(DemoTool, RegTreeShowsTypesValuesAndDepth) {
   EXPECT_EQ(shallow.out, "HKEY_LOCAL_MACHINE\\SOFTWARE\\Vantrel\\Halcyra\\Products\\Halcyra\n"
                          "  Use_Strict_Version (REG_SZ) = 0\n  Versions\\\n");
   EXPECT_EQ(run_tool("reg tree 'HKLM\\Nothing'").status, 1);
+  // cfg tree: versions in version order, instances, agents with values.
+  const auto orrery = run_tool("cfg tree orrery");
+  EXPECT_EQ(orrery.status, 0);
+  EXPECT_NE(orrery.out.find("Orrery\n  version 3\n    instance lab\n      agent Probe\n"
+                            "        Interval (REG_DWORD) = 0xa\n  version 2.10\n"),
+            std::string::npos)
+      << orrery.out;
+  EXPECT_EQ(orrery.out.find("Halcyra"), std::string::npos);
+  EXPECT_EQ(run_tool("cfg tree Nothing").status, 1);
   for (const char *args : {"reg tree HKLM --depth", "reg tree HKLM --depth -1", "reg tree HKLM --depth x",
                            "reg tree HKLM HKLM"})
     EXPECT_EQ(run_tool(args).status, 2) << args;

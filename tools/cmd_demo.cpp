@@ -91,11 +91,7 @@ int run_demo(const DemoOptions &opt) {
   demo::Context context{report, opt.sample, ""};
   if (context.sample.empty())
     context.sample = find_data("halcyra-sample.reg", KORUTL_SOURCE_DIR "/examples/halcyra-sample.reg");
-#ifdef KORUTL_BUILD_LANGUAGE_DIR
   context.language_dir = find_data("lang", KORUTL_BUILD_LANGUAGE_DIR);
-#else
-  context.language_dir = find_data("lang", "");
-#endif
   if (!opt.quiet) {
     std::printf("korutl demo: store %s%s\n", store.c_str(), is_temporary ? " (temporary, removed afterwards)" : "");
     std::printf("korutl demo: sample tree %s\n", context.sample.empty() ? "(not found)" : context.sample.c_str());

@@ -5,16 +5,20 @@
 
 namespace korutl_tool {
 
-namespace {
-
-void print_below(std::FILE *out, const std::string &key, const TreeStyle &style, int depth) {
-  const std::string pad = style.indent + std::string(size_t(depth) * 2, ' ');
+void print_reg_values(std::FILE *out, const std::string &key, const std::string &pad) {
   for (const std::string &name : reg_value_names(key)) {
     const auto value = reg_read_value(key, name);
     if (!value) continue;
     std::fprintf(out, "%s%s (%s) = %s\n", pad.c_str(), name.empty() ? "(Default)" : name.c_str(),
                  reg_type_name(value->type).c_str(), reg_show_value(value->type, value->bytes).c_str());
   }
+}
+
+namespace {
+
+void print_below(std::FILE *out, const std::string &key, const TreeStyle &style, int depth) {
+  const std::string pad = style.indent + std::string(size_t(depth) * 2, ' ');
+  print_reg_values(out, key, pad);
   if (style.max_depth >= 0 && depth > style.max_depth) return;
   for (const std::string &sub : reg_subkey_names(key)) {
     std::fprintf(out, "%s%s\\\n", pad.c_str(), sub.c_str());

@@ -20,6 +20,10 @@ struct TreeStyle {
 // not exist.
 bool print_reg_tree(std::FILE *out, const std::string &key, const TreeStyle &style = {});
 
+// The values of `key` alone, one "name (TYPE) = value" line each after
+// `pad`; nothing for a missing key.
+void print_reg_values(std::FILE *out, const std::string &key, const std::string &pad);
+
 }  // namespace korutl_tool
 
 #endif

@@ -1,0 +1,30 @@
+// korutl cfg tree [PRODUCT]: products, versions, instances and agents as an
+// indented tree (see cfg_tree.h). Registered after `cfg` itself, whose
+// subcommand it becomes.
+#include <cstdio>
+#include <string>
+
+#include "tools/cfg_tree.h"
+#include "tools/commands.h"
+
+namespace korutl_tool {
+
+namespace {
+
+void add_cfg_tree_command(CLI::App &app) {
+  static std::string product;
+  auto *cfg = app.get_subcommand("cfg");
+  auto *tree = cfg->add_subcommand("tree", "Print products, versions, instances and agents as a tree");
+  tree->add_option("PRODUCT", product, "Only this product");
+  tree->callback([] {
+    exit_code = print_cfg_tree(stdout, product) ? 0 : 1;
+    if (exit_code != 0) std::fprintf(stderr, "korutl cfg tree: no product %s\n", product.c_str());
+  });
+}
+
+}  // namespace
+
+// "cfg tree" sorts after "cfg": the parent exists when this runs.
+KORUTL_TOOL_COMMAND("cfg tree", add_cfg_tree_command);
+
+}  // namespace korutl_tool
