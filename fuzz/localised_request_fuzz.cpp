@@ -18,7 +18,9 @@ namespace {
 
 KORVOStack *cache = nullptr;
 
+// The next zero-terminated field from `pos`; empty once the input is used up.
 std::string field(const std::string &all, size_t &pos) {
+  if (pos >= all.size()) return {};
   const size_t end = std::min(all.find('\0', pos), all.size());
   std::string f = all.substr(pos, end - pos);
   pos = end + 1;
