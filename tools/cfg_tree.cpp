@@ -10,8 +10,6 @@ namespace korutl_tool {
 
 namespace {
 
-const std::string kProducts = "HKEY_LOCAL_MACHINE\\SOFTWARE\\Vantrel\\Halcyra\\Products";
-
 void print_product(std::FILE *out, const std::string &product, const std::string &indent) {
   std::fprintf(out, "%s%s\n", indent.c_str(), product.c_str());
   uint16_t count = 0;

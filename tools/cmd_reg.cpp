@@ -20,8 +20,6 @@ namespace korutl_tool {
 
 namespace {
 
-constexpr const char *M = "tools/reg";
-
 struct RegArgs {
   std::string verb;
   std::string key;
@@ -148,12 +146,12 @@ bool print_value(const std::string &key, const std::string &name) {
 
 int query(const RegArgs &a) {
   uint32_t probe_size = 0;
-  if (rsv_query_key(a.key.c_str(), nullptr, nullptr, M, __LINE__) != RSV_OK) {
+  if (rsv_query_key(a.key.c_str(), nullptr, nullptr, kRegModule, __LINE__) != RSV_OK) {
     std::fprintf(stderr, "ERROR: The system was unable to find the specified registry key or value.\n");
     return 1;
   }
   if (a.value && rsv_get_value_ex(a.key.c_str(), a.value->c_str(), nullptr, nullptr, &probe_size,
-                                  M, __LINE__) != RSV_OK) {
+                                  kRegModule, __LINE__) != RSV_OK) {
     std::fprintf(stderr, "ERROR: The system was unable to find the specified registry key or value.\n");
     return 1;
   }
@@ -173,9 +171,9 @@ int add(const RegArgs &a) {
     std::fprintf(stderr, "ERROR: Invalid type or data.\n");
     return 2;
   }
-  if (rsv_create_key(a.key.c_str(), M, __LINE__) != RSV_OK ||
+  if (rsv_create_key(a.key.c_str(), kRegModule, __LINE__) != RSV_OK ||
       (a.value && rsv_set_value_ex(a.key.c_str(), a.value->c_str(), type, bytes.data(),
-                                   static_cast<uint32_t>(bytes.size()), M, __LINE__) != RSV_OK)) {
+                                   static_cast<uint32_t>(bytes.size()), kRegModule, __LINE__) != RSV_OK)) {
     std::fprintf(stderr, "ERROR: The operation could not be completed.\n");
     return 1;
   }
@@ -184,8 +182,8 @@ int add(const RegArgs &a) {
 }
 
 int remove(const RegArgs &a) {
-  const uint16_t rc = a.value ? rsv_delete_value(a.key.c_str(), a.value->c_str(), M, __LINE__)
-                              : rsv_delete_key(a.key.c_str(), M, __LINE__);
+  const uint16_t rc = a.value ? rsv_delete_value(a.key.c_str(), a.value->c_str(), kRegModule, __LINE__)
+                              : rsv_delete_key(a.key.c_str(), kRegModule, __LINE__);
   if (rc != RSV_OK) {
     std::fprintf(stderr, "ERROR: The system was unable to find the specified registry key or value.\n");
     return 1;
@@ -195,7 +193,7 @@ int remove(const RegArgs &a) {
 }
 
 int export_key(const RegArgs &a) {
-  if (rsv_export_file(a.key.c_str(), a.file.c_str(), M, __LINE__) != RSV_OK) {
+  if (rsv_export_file(a.key.c_str(), a.file.c_str(), kRegModule, __LINE__) != RSV_OK) {
     std::fprintf(stderr, "ERROR: The key cannot be exported to %s.\n", a.file.c_str());
     return 1;
   }
@@ -213,7 +211,7 @@ int tree(const RegArgs &a) {
 
 int import_file(const RegArgs &a) {
   uint32_t bad_line = 0;
-  if (rsv_import_file(a.file.c_str(), &bad_line, M, __LINE__) != RSV_OK) {
+  if (rsv_import_file(a.file.c_str(), &bad_line, kRegModule, __LINE__) != RSV_OK) {
     if (bad_line > 0)
       std::fprintf(stderr, "ERROR: %s:%u: malformed line; nothing was imported.\n", a.file.c_str(),
                    bad_line);

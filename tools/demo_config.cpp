@@ -7,6 +7,7 @@
 #include "korutl.h"
 #include "tools/cfg_tree.h"
 #include "tools/demo.h"
+#include "tools/reg_values.h"
 
 namespace korutl_tool::demo {
 
@@ -27,7 +28,6 @@ std::string take_text(Report &r, const std::string &call, char *text) {
   return value;
 }
 
-const std::string kProducts = "HKEY_LOCAL_MACHINE\\SOFTWARE\\Vantrel\\Halcyra\\Products";
 
 void listings(Context &c) {
   uint16_t count = 0;

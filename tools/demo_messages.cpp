@@ -8,12 +8,11 @@
 
 #include "korutl.h"
 #include "tools/demo.h"
+#include "tools/reg_values.h"
 
 namespace korutl_tool::demo {
 
 namespace {
-
-const std::string kProducts = "HKEY_LOCAL_MACHINE\\SOFTWARE\\Vantrel\\Halcyra\\Products";
 
 // The language libraries are found through KORVO_LANGUAGE_PATH; the sample
 // ones are used unless the caller set the variable.

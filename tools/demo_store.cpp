@@ -10,8 +10,6 @@ namespace korutl_tool::demo {
 
 namespace {
 
-constexpr const char *kProducts = "HKEY_LOCAL_MACHINE\\SOFTWARE\\Vantrel\\Halcyra\\Products";
-
 void import_sample(Context &c) {
   if (!c.report.expect(!c.sample.empty(), "the sample tree halcyra-sample.reg was not found (use --sample)"))
     return;
@@ -28,7 +26,7 @@ void import_sample(Context &c) {
 }
 
 void show_tree(Context &c) {
-  const std::string key = std::string(kProducts) + "\\Halcyra";
+  const std::string key = kProducts + "\\Halcyra";
   c.report.line("korutl reg tree 'HKLM\\SOFTWARE\\Vantrel\\Halcyra\\Products\\Halcyra':");
   const bool found = c.report.quiet() ? !reg_subkey_names(key).empty()
                                       : print_reg_tree(c.report.out(), key, TreeStyle{-1, "      "});

@@ -12,19 +12,17 @@ namespace korutl_tool {
 
 namespace {
 
-constexpr const char *M = "tools/reg";
-
 // Value names come in slots of 33 bytes, subkey names in slots of 256.
 std::vector<std::string> names_of(const std::string &key, bool values) {
   uint16_t subkeys = 0, value_count = 0;
-  if (rsv_query_key(key.c_str(), &subkeys, &value_count, M, __LINE__) != RSV_OK) return {};
+  if (rsv_query_key(key.c_str(), &subkeys, &value_count, kRegModule, __LINE__) != RSV_OK) return {};
   uint16_t count = values ? value_count : subkeys;
   const size_t slot = values ? 33 : 256;
   std::vector<char> slots(size_t{count} * slot + 1);
   std::vector<char *> ptrs;
   for (uint16_t i = 0; i < count; ++i) ptrs.push_back(slots.data() + i * slot);
-  const uint16_t rc = values ? rsv_enum_values(key.c_str(), ptrs.data(), &count, M, __LINE__)
-                             : rsv_enum_subkeys(key.c_str(), ptrs.data(), &count, M, __LINE__);
+  const uint16_t rc = values ? rsv_enum_values(key.c_str(), ptrs.data(), &count, kRegModule, __LINE__)
+                             : rsv_enum_subkeys(key.c_str(), ptrs.data(), &count, kRegModule, __LINE__);
   if (rc != RSV_OK) return {};
   return {ptrs.begin(), ptrs.begin() + count};
 }
@@ -93,10 +91,10 @@ std::string reg_show_value(uint32_t type, const std::string &bytes) {
 std::optional<RegValue> reg_read_value(const std::string &key, const std::string &name) {
   RegValue v;
   uint32_t size = 0;
-  if (rsv_get_value_ex(key.c_str(), name.c_str(), &v.type, nullptr, &size, M, __LINE__) != RSV_OK)
+  if (rsv_get_value_ex(key.c_str(), name.c_str(), &v.type, nullptr, &size, kRegModule, __LINE__) != RSV_OK)
     return std::nullopt;
   v.bytes.assign(size, '\0');
-  if (rsv_get_value_ex(key.c_str(), name.c_str(), &v.type, v.bytes.data(), &size, M, __LINE__) !=
+  if (rsv_get_value_ex(key.c_str(), name.c_str(), &v.type, v.bytes.data(), &size, kRegModule, __LINE__) !=
       RSV_OK)
     return std::nullopt;
   v.bytes.resize(size);

@@ -12,6 +12,13 @@
 
 namespace korutl_tool {
 
+// Where Halcyra's configuration tree starts.
+inline const std::string kProducts = "HKEY_LOCAL_MACHINE\\SOFTWARE\\Vantrel\\Halcyra\\Products";
+
+// The module name the registry commands give with their calls, for the
+// library's trace.
+inline constexpr const char *kRegModule = "tools/reg";
+
 // Registry type names and their codes (REG_SZ 1, ... REG_QWORD 11).
 const std::map<std::string, uint32_t> &reg_type_codes();
 
