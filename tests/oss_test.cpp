@@ -5,7 +5,9 @@
 #include <gtest/gtest.h>
 
 #include <clocale>
+#include <cstdio>
 #include <cstdlib>
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -96,6 +98,27 @@ TEST_F(Oss, FailuresAreTracedWithPositionAndReason) {
   EXPECT_EQ(oss_load_library(nullptr, &handle, "m", 1), OSS_E_ARGUMENT);
   EXPECT_EQ(oss_load_library("x", nullptr, "m", 1), OSS_E_ARGUMENT);
 }
+
+#ifndef _WIN32
+// A registration names "x.dll"; only the retry finds x.so, and it is
+// damaged. The trace tells the damage, not the missing x.dll.
+TEST_F(Oss, ADamagedLibraryOutranksAMissingName) {
+  char dir[] = "/tmp/korutl-oss-XXXXXX";
+  ASSERT_NE(mkdtemp(dir), nullptr);
+  const std::string so = std::string(dir) + "/damaged.so";
+  std::FILE *f = std::fopen(so.c_str(), "wb");
+  ASSERT_NE(f, nullptr);
+  std::fputs("not a library", f);
+  std::fclose(f);
+  setenv("KORVO_LANGUAGE_PATH", dir, 1);
+  intptr_t handle = 0;
+  EXPECT_EQ(oss_load_library("damaged.dll", &handle, "test", 1), OSS_E_NOT_FOUND);
+  ASSERT_EQ(traced.size(), 1u);
+  EXPECT_NE(traced[0].find("damaged.so"), std::string::npos) << traced[0];
+  EXPECT_EQ(traced[0].find("No such file"), std::string::npos) << traced[0];
+  std::filesystem::remove_all(dir);
+}
+#endif
 
 TEST_F(Oss, ReportsTheLocale) {
   // The Linux runtime takes the locale from the environment; the Windows

@@ -30,15 +30,30 @@ uint16_t fail(uint16_t status, const char *module, int32_t line, const char *ope
   return status;
 }
 
+// Why a load failed, for the trace. A file that exists but does not load
+// (damaged, wrong architecture, a missing dependency) says more than any
+// "not found", so its message replaces an earlier one of that kind; among
+// messages of one kind the first stays.
+struct LoadFailure {
+  std::string text;
+  bool only_missing = true;
+
+  void offer(const std::string &why, bool missing) {
+    if (text.empty() || (only_missing && !missing)) {
+      text = why;
+      only_missing = missing;
+    }
+  }
+};
+
 // One name through the folders of KORVO_LANGUAGE_PATH, then the loader's
-// own search. Keeps the first message worth telling for the trace: a folder
-// without the file tells nothing.
-void *open_by_search(const std::string &name, std::string &reason) {
-  const auto attempt = [&reason](const std::string &path, bool quiet_if_missing) -> void * {
+// own search. A folder without the file tells nothing.
+void *open_by_search(const std::string &name, LoadFailure &failure) {
+  const auto attempt = [&failure](const std::string &path, bool quiet_if_missing) -> void * {
     std::string why;
     bool missing = false;
     void *h = koross::open_library(path, why, missing);
-    if (h == nullptr && reason.empty() && !(quiet_if_missing && missing)) reason = why;
+    if (h == nullptr && !(quiet_if_missing && missing)) failure.offer(why, missing);
     return h;
   };
   if (koross::names_a_path(name)) return attempt(name, false);
@@ -71,14 +86,14 @@ OSS_API uint16_t oss_load_library(const char *file, intptr_t *handle, const char
   if (file == nullptr || *file == '\0' || handle == nullptr) {
     return fail(OSS_E_ARGUMENT, module, line, "oss_load_library", "no file name");
   }
-  std::string reason;
+  LoadFailure failure;
   std::string name(file);
-  void *h = open_by_search(name, reason);
+  void *h = open_by_search(name, failure);
   if (h == nullptr && koross::kDllStandIn != nullptr && ends_with_dll(name)) {
     name.replace(name.size() - 4, 4, koross::kDllStandIn);
-    h = open_by_search(name, reason);
+    h = open_by_search(name, failure);
   }
-  if (h == nullptr) return fail(OSS_E_NOT_FOUND, module, line, "oss_load_library", reason);
+  if (h == nullptr) return fail(OSS_E_NOT_FOUND, module, line, "oss_load_library", failure.text);
   *handle = reinterpret_cast<intptr_t>(h);
   return OSS_OK;
 }
