@@ -32,5 +32,5 @@ install(FILES examples/halcyra-sample.reg DESTINATION ${KORUTL_INSTALL_DATADIR} 
 # The sample language libraries it registers, for KORVO_LANGUAGE_PATH.
 if(TARGET korutl_language_libraries)
   get_target_property(KORUTL_LANGUAGE_TARGETS korutl_language_libraries MANUALLY_ADDED_DEPENDENCIES)
-  install(TARGETS ${KORUTL_LANGUAGE_TARGETS} LIBRARY DESTINATION ${KORUTL_INSTALL_DATADIR}/lang COMPONENT tools)
+  install(TARGETS ${KORUTL_LANGUAGE_TARGETS} LIBRARY DESTINATION ${KORUTL_INSTALL_LANGDIR} COMPONENT tools)
 endif()

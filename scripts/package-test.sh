@@ -24,7 +24,13 @@ trap cleanup EXIT
 cp "$build"/packages/*.deb "$work/"
 ls "$work"
 for deb in "$work"/*.deb; do dpkg-deb -f "$deb" Package Depends; done
-dpkg-deb -c "$work"/korutl-tools_*.deb | grep -q '/usr/share/man/man1/korutl.1.gz$'
+tools_files=$(dpkg-deb -c "$work"/korutl-tools_*.deb)
+grep -q '/usr/share/man/man1/korutl.1.gz$' <<<"$tools_files"
+# Machine code goes below /usr/lib, never /usr/share.
+grep -Eq '/usr/lib/([^/]*/)?korutl/lang/hal_en\.so$' <<<"$tools_files"
+if grep -q '/usr/share/.*\.so$' <<<"$tools_files"; then
+  echo "a shared object below /usr/share" >&2; exit 1
+fi
 (cd "$work" && $sudo apt-get install -y -qq ./*.deb >/dev/null)
 
 # Everything from here runs on the installed files only.
@@ -50,5 +56,8 @@ done
 for f in /usr/bin/korutl /usr/include/korutl.h /usr/share/korutl; do
   [ ! -e "$f" ] || { echo "$f is left after removal" >&2; exit 1; }
 done
-if compgen -G '/usr/lib/libkor*' >/dev/null; then echo "libraries left after removal" >&2; exit 1; fi
+if compgen -G '/usr/lib/libkor*' >/dev/null || compgen -G '/usr/lib/*/libkor*' >/dev/null ||
+   [ -e /usr/lib/korutl ] || compgen -G '/usr/lib/*/korutl' >/dev/null; then
+  echo "libraries left after removal" >&2; exit 1
+fi
 echo "package test: built, installed, demo, pkg-config, find_package and README example passed, removed"

@@ -40,10 +40,10 @@ std::string program_dir() {
   return dir.substr(0, dir.rfind('/'));
 }
 
-// Installed data first (<prefix>/bin/../share/korutl), then the source and
-// build trees this command was built from.
-std::string find_data(const std::string &installed_name, const std::string &build_path) {
-  const std::string installed = program_dir() + "/../" KORUTL_INSTALL_DATADIR "/" + installed_name;
+// Installed data first (`installed` is relative to the prefix, found from
+// <prefix>/bin), then the source and build trees this command was built from.
+std::string find_data(const std::string &installed_path, const std::string &build_path) {
+  const std::string installed = program_dir() + "/../" + installed_path;
   if (exists(installed)) return installed;
   return exists(build_path) ? build_path : "";
 }
@@ -90,8 +90,8 @@ int run_demo(const DemoOptions &opt) {
   demo::Report report(opt.quiet);
   demo::Context context{report, opt.sample, ""};
   if (context.sample.empty())
-    context.sample = find_data("halcyra-sample.reg", KORUTL_SOURCE_DIR "/examples/halcyra-sample.reg");
-  context.language_dir = find_data("lang", KORUTL_BUILD_LANGUAGE_DIR);
+    context.sample = find_data(KORUTL_INSTALL_DATADIR "/halcyra-sample.reg", KORUTL_SOURCE_DIR "/examples/halcyra-sample.reg");
+  context.language_dir = find_data(KORUTL_INSTALL_LANGDIR, KORUTL_BUILD_LANGUAGE_DIR);
   if (!opt.quiet) {
     std::printf("korutl demo: store %s%s\n", store.c_str(), is_temporary ? " (temporary, removed afterwards)" : "");
     std::printf("korutl demo: sample tree %s\n", context.sample.empty() ? "(not found)" : context.sample.c_str());
