@@ -8,7 +8,11 @@
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME korutl)
 set(CPACK_PACKAGE_VENDOR "Vantrel")
-set(CPACK_PACKAGE_CONTACT "korutl developers <korutl@localhost>")
+# The Maintainer field: whoever publishes the packages sets it
+# (-DKORUTL_PACKAGE_CONTACT="Name <address>").
+set(KORUTL_PACKAGE_CONTACT "korutl developers <korutl@localhost>" CACHE STRING
+    "Maintainer of the Debian packages")
+set(CPACK_PACKAGE_CONTACT "${KORUTL_PACKAGE_CONTACT}")
 set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "${PROJECT_DESCRIPTION}")
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
