@@ -1073,8 +1073,8 @@ KORUTL_API void KORVOCloseMemoryLogFile(void);
  * standard output and returns the number of blocks listed. Shell on: a
  * framed title, one line per listed block, oldest first,
  *   "Addr:%8x Size:%6u Line:%4d File : %s"
- * where the address column is the low 32 bits of the block's address in
- * lower-case hexadecimal padded with blanks to 8, then the item and byte
+ * where the address column is the block's whole address (pointer-sized)
+ * in lower-case hexadecimal padded with blanks to 8, then the item and byte
  * totals (current, cumulative, maximum; 32-bit, wrapping; a 0-byte mmalloc
  * counts 1 byte). Shell off: "\n*** Memory shell turned off ***\n", result 0. */
 KORUTL_API uint32_t KORVOPrintMemoryTable(const char *title);

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cinttypes>
 #include <cstdlib>
 #include <cstring>
 #include <new>
@@ -130,9 +131,10 @@ uint32_t memtab_print(const char *title) {
   uint32_t printed = 0;
   shell_lock();
   for (const ControlBlock *cb = table().head; cb != nullptr; cb = cb->next) {
-    // The address column shows the low 32 bits of the block's address.
-    std::fprintf(output(), "Addr:%8x Size:%6u Line:%4d File : %s\n",
-                 static_cast<unsigned>(reinterpret_cast<uintptr_t>(cb->address) & 0xFFFFFFFFu),
+    // The whole address, padded to the 8 digits a 32-bit one has: cut to
+    // its low half, two blocks could read alike.
+    std::fprintf(output(), "Addr:%8" PRIxPTR " Size:%6u Line:%4d File : %s\n",
+                 reinterpret_cast<uintptr_t>(cb->address),
                  static_cast<unsigned>(cb->size), static_cast<int>(cb->line), cb->file);
     ++printed;
   }

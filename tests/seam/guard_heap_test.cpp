@@ -4,7 +4,9 @@
 
 #include <cstdlib>
 #include <cstring>
+#include <iomanip>
 #include <random>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -225,10 +227,11 @@ TEST(MemoryTableReport, KnownSequence) {
     testing::internal::CaptureStdout();
     const uint32_t listed = memtab_print("a title that is longer than thirty-five characters");
     const std::string text = testing::internal::GetCapturedStdout();
+    // The whole address in hex, at least 8 wide.
     auto addr = [](void *p) {
-      char buffer[16];
-      std::snprintf(buffer, sizeof buffer, "%8x", static_cast<unsigned>(reinterpret_cast<uintptr_t>(p)));
-      return std::string(buffer);
+      std::ostringstream hex;
+      hex << std::hex << std::setw(8) << reinterpret_cast<uintptr_t>(p);
+      return hex.str();
     };
     const std::string expected =
         "\n=========================================================\n"
