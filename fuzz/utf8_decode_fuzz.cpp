@@ -5,30 +5,8 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
-#include <vector>
 
-#include "korutl.h"
-
-namespace {
-
-template <typename To>
-std::vector<To> decode(int32_t (*fn)(const uint8_t **, const uint8_t *, To **, To *),
-                       const uint8_t *data, size_t size, size_t room, int32_t &result,
-                       size_t &consumed) {
-  std::vector<To> out;
-  std::vector<To> target(room);
-  const uint8_t *s = data;
-  do {
-    To *t = target.data();
-    result = fn(&s, data + size, &t, target.data() + room);
-    if (t < target.data() || t > target.data() + room) std::abort();
-    out.insert(out.end(), target.data(), t);
-  } while (result == CONV_TARGET_EXHAUSTED);
-  consumed = static_cast<size_t>(s - data);
-  return out;
-}
-
-}  // namespace
+#include "fuzz/converted_in_pieces.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   if (size == 0) return 0;
@@ -37,10 +15,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   --size;
   int32_t r16, r16_small, r32, r32_small;
   size_t c16, c16_small, c32, c32_small;
-  const auto u16 = decode(KORVOConvertUTF8toUTF16, data, size, size * 2 + 2, r16, c16);
-  const auto u16_small = decode(KORVOConvertUTF8toUTF16, data, size, small, r16_small, c16_small);
-  const auto u32 = decode(KORVOConvertUTF8toUCS4, data, size, size + 1, r32, c32);
-  const auto u32_small = decode(KORVOConvertUTF8toUCS4, data, size, small, r32_small, c32_small);
+  const auto u16 = converted_in_pieces(KORVOConvertUTF8toUTF16, data, size, size * 2 + 2, r16, c16);
+  const auto u16_small = converted_in_pieces(KORVOConvertUTF8toUTF16, data, size, small, r16_small, c16_small);
+  const auto u32 = converted_in_pieces(KORVOConvertUTF8toUCS4, data, size, size + 1, r32, c32);
+  const auto u32_small = converted_in_pieces(KORVOConvertUTF8toUCS4, data, size, small, r32_small, c32_small);
   if (u16 != u16_small || r16 != r16_small || c16 != c16_small) std::abort();
   if (u32 != u32_small || r32 != r32_small || c32 != c32_small) std::abort();
   if (r16 != r32 || c16 != c32) std::abort();
