@@ -138,7 +138,8 @@ KORUTL_API int32_t KORVOGetRegMode(char *outName);
 /* Composes basePath, "\" unless baseHasSeparator is non-zero, then
  * "localized\<language>\" when language is not null, then fileName, into
  * out. out must hold the whole composed path and its zero. Returns out, or
- * null (out untouched) when out, basePath or fileName is null. */
+ * null (out untouched) when out, basePath or fileName is null or memory
+ * runs out. */
 KORUTL_API char *KORVOMakeLocalizedPath(char *out, const char *basePath,
                                         uint8_t baseHasSeparator, const char *language,
                                         const char *fileName);

@@ -7,6 +7,7 @@
 
 #include "platform/store.h"
 #include "platform/win32.h"
+#include "utl/no_throw.h"
 
 namespace store = korutl::store;
 
@@ -60,60 +61,74 @@ LONG hand_out(std::string path, REGSAM access, PHKEY phkResult) {
   return ERROR_SUCCESS;
 }
 
+// Like the system's, these functions report a lack of memory as a result.
+template <typename Body>
+LONG reporting_no_memory(Body &&body) {
+  return korutl::without_exceptions(body, [] { return LONG{ERROR_OUTOFMEMORY}; });
+}
+
 }  // namespace
 
 LONG RegOpenKeyExA(HKEY hKey, LPCSTR lpSubKey, DWORD, REGSAM samDesired, PHKEY phkResult) {
-  if (phkResult == nullptr) return ERROR_INVALID_PARAMETER;
-  std::string path;
-  if (const LONG rc = sub_path(hKey, lpSubKey, path); rc != ERROR_SUCCESS) return rc;
-  if (const LONG rc = error_of(store::query_key(path, nullptr, nullptr)); rc != ERROR_SUCCESS)
-    return rc;
-  return hand_out(std::move(path), samDesired, phkResult);
+  return reporting_no_memory([&]() -> LONG {
+    if (phkResult == nullptr) return ERROR_INVALID_PARAMETER;
+    std::string path;
+    if (const LONG rc = sub_path(hKey, lpSubKey, path); rc != ERROR_SUCCESS) return rc;
+    if (const LONG rc = error_of(store::query_key(path, nullptr, nullptr)); rc != ERROR_SUCCESS)
+      return rc;
+    return hand_out(std::move(path), samDesired, phkResult);
+  });
 }
 
 LONG RegQueryValueExA(HKEY hKey, LPCSTR lpValueName, LPDWORD lpReserved, LPDWORD lpType,
                       LPBYTE lpData, LPDWORD lpcbData) {
-  if (lpReserved != nullptr || (lpData != nullptr && lpcbData == nullptr))
-    return ERROR_INVALID_PARAMETER;
-  std::string path;
-  if (!path_of(hKey, path)) return ERROR_INVALID_HANDLE;
-  store::Value value;
-  const store::Status st = store::get_value(path, lpValueName != nullptr ? lpValueName : "", value);
-  if (st != store::Status::ok) return error_of(st);
-  if (lpType != nullptr) *lpType = value.type;
-  if (lpcbData == nullptr) return ERROR_SUCCESS;
-  const DWORD size = static_cast<DWORD>(value.data.size());
-  if (lpData != nullptr && size > *lpcbData) {
+  return reporting_no_memory([&]() -> LONG {
+    if (lpReserved != nullptr || (lpData != nullptr && lpcbData == nullptr))
+      return ERROR_INVALID_PARAMETER;
+    std::string path;
+    if (!path_of(hKey, path)) return ERROR_INVALID_HANDLE;
+    store::Value value;
+    const store::Status st = store::get_value(path, lpValueName != nullptr ? lpValueName : "", value);
+    if (st != store::Status::ok) return error_of(st);
+    if (lpType != nullptr) *lpType = value.type;
+    if (lpcbData == nullptr) return ERROR_SUCCESS;
+    const DWORD size = static_cast<DWORD>(value.data.size());
+    if (lpData != nullptr && size > *lpcbData) {
+      *lpcbData = size;
+      return ERROR_MORE_DATA;
+    }
+    if (lpData != nullptr && size > 0) std::memcpy(lpData, value.data.data(), size);
     *lpcbData = size;
-    return ERROR_MORE_DATA;
-  }
-  if (lpData != nullptr && size > 0) std::memcpy(lpData, value.data.data(), size);
-  *lpcbData = size;
-  return ERROR_SUCCESS;
+    return ERROR_SUCCESS;
+  });
 }
 
 LONG RegCreateKeyExA(HKEY hKey, LPCSTR lpSubKey, DWORD Reserved, LPSTR, DWORD, REGSAM samDesired,
                      LPSECURITY_ATTRIBUTES, PHKEY phkResult, LPDWORD lpdwDisposition) {
-  if (Reserved != 0 || phkResult == nullptr) return ERROR_INVALID_PARAMETER;
-  std::string path;
-  if (const LONG rc = sub_path(hKey, lpSubKey, path); rc != ERROR_SUCCESS) return rc;
-  bool created = false;
-  if (const LONG rc = error_of(store::create_key(path, &created)); rc != ERROR_SUCCESS) return rc;
-  if (lpdwDisposition != nullptr)
-    *lpdwDisposition = created ? REG_CREATED_NEW_KEY : REG_OPENED_EXISTING_KEY;
-  return hand_out(std::move(path), samDesired, phkResult);
+  return reporting_no_memory([&]() -> LONG {
+    if (Reserved != 0 || phkResult == nullptr) return ERROR_INVALID_PARAMETER;
+    std::string path;
+    if (const LONG rc = sub_path(hKey, lpSubKey, path); rc != ERROR_SUCCESS) return rc;
+    bool created = false;
+    if (const LONG rc = error_of(store::create_key(path, &created)); rc != ERROR_SUCCESS) return rc;
+    if (lpdwDisposition != nullptr)
+      *lpdwDisposition = created ? REG_CREATED_NEW_KEY : REG_OPENED_EXISTING_KEY;
+    return hand_out(std::move(path), samDesired, phkResult);
+  });
 }
 
 LONG RegSetValueExA(HKEY hKey, LPCSTR lpValueName, DWORD Reserved, DWORD dwType,
                     const BYTE *lpData, DWORD cbData) {
-  if (Reserved != 0 || (lpData == nullptr && cbData > 0)) return ERROR_INVALID_PARAMETER;
-  if (hKey == HKEY_LOCAL_MACHINE) return ERROR_ACCESS_DENIED;  // no values on the root
-  std::string path;
-  if (!path_of(hKey, path)) return ERROR_INVALID_HANDLE;
-  if ((hKey->access & KEY_SET_VALUE) == 0) return ERROR_ACCESS_DENIED;
-  const std::string_view data(reinterpret_cast<const char *>(lpData), lpData != nullptr ? cbData : 0);
-  return error_of(
-      store::set_value(path, lpValueName != nullptr ? lpValueName : "", dwType, data));
+  return reporting_no_memory([&]() -> LONG {
+    if (Reserved != 0 || (lpData == nullptr && cbData > 0)) return ERROR_INVALID_PARAMETER;
+    if (hKey == HKEY_LOCAL_MACHINE) return ERROR_ACCESS_DENIED;  // no values on the root
+    std::string path;
+    if (!path_of(hKey, path)) return ERROR_INVALID_HANDLE;
+    if ((hKey->access & KEY_SET_VALUE) == 0) return ERROR_ACCESS_DENIED;
+    const std::string_view data(reinterpret_cast<const char *>(lpData), lpData != nullptr ? cbData : 0);
+    return error_of(
+        store::set_value(path, lpValueName != nullptr ? lpValueName : "", dwType, data));
+  });
 }
 
 LONG RegCloseKey(HKEY hKey) {

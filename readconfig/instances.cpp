@@ -41,6 +41,8 @@ KORUTL_API char *KORVOCfgLocateAgentKey(const char *product, const char *agent) 
   if (agent == nullptr) return nullptr;
   uint16_t count = 0;
   char **versions = KORVOCfgGetProductVersions(product, &count);
+  // A list that could not be allocated still reports its count.
+  if (versions == nullptr) return nullptr;
   char *found = nullptr;
   for (uint16_t i = 0; i < count && found == nullptr; ++i) {
     char instances[cfg::path_size];

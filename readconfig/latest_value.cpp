@@ -22,7 +22,8 @@ KORUTL_API char *KORVOCfgGetProductVersionLatestValue(const char *product, const
   uint16_t count = 0;
   char **versions = cfg::strict_version(product) ? nullptr : KORVOCfgGetProductVersions(product, &count);
   bool found = false;
-  for (uint16_t i = 0; i < count && !found; ++i) {
+  // A list that could not be allocated still reports its count.
+  for (uint16_t i = 0; versions != nullptr && i < count && !found; ++i) {
     const bool fits =
         use_subkey
             ? cfg::compose(path, cfg::latest_path_size, cfg::version_subkey, product, versions[i],
