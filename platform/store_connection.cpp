@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <cstdlib>
 #include <unordered_map>
+#include <utility>
 
 namespace korutl::store {
 
@@ -134,33 +135,41 @@ sqlite3 *connection(bool for_write, Status &status) {
       return nullptr;
     }
   }
-  sqlite3 *db = nullptr;
+  // Whatever may throw (running out of memory) happens while no handle is
+  // open or while `opened` owns it, so that a handle is never lost.
+  c.file = file;
+  struct Opened {
+    sqlite3 *db = nullptr;
+    ~Opened() { sqlite3_close_v2(db); }
+  } opened;
   const int flags = SQLITE_OPEN_READWRITE | (for_write ? SQLITE_OPEN_CREATE : 0) |
                     SQLITE_OPEN_NOMUTEX;
-  if (sqlite3_open_v2(file.c_str(), &db, flags, nullptr) != SQLITE_OK || !set_up(db)) {
-    set_error(file + ": " + (db != nullptr ? sqlite3_errmsg(db) : "cannot open"));
-    sqlite3_close_v2(db);
+  if (sqlite3_open_v2(file.c_str(), &opened.db, flags, nullptr) != SQLITE_OK || !set_up(opened.db)) {
+    set_error(file + ": " + (opened.db != nullptr ? sqlite3_errmsg(opened.db) : "cannot open"));
     status = Status::store_error;
     return nullptr;
   }
   c.generation = fork_generation.load();
-  c.file = file;
-  c.db = db;
-  return db;
+  c.db = std::exchange(opened.db, nullptr);
+  return c.db;
 }
 
 Statement::Statement(sqlite3 *db, const char *sql) {
   auto &cache = this_thread.statements;
-  if (auto it = cache.find(sql); it != cache.end()) {
-    stmt_ = it->second;
+  // The cache's slot is made before the statement, so that running out of
+  // memory cannot leave a prepared statement that nothing finalises.
+  const auto [slot, made] = cache.try_emplace(sql, nullptr);
+  if (!made) {
+    stmt_ = slot->second;
     return;
   }
   if (sqlite3_prepare_v3(db, sql, -1, SQLITE_PREPARE_PERSISTENT, &stmt_, nullptr) != SQLITE_OK) {
+    cache.erase(slot);
     set_error(sqlite3_errmsg(db));
     stmt_ = nullptr;
     return;
   }
-  cache.emplace(sql, stmt_);
+  slot->second = stmt_;
 }
 
 Statement::~Statement() {
