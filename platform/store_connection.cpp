@@ -144,7 +144,8 @@ sqlite3 *connection(bool for_write, Status &status) {
   } opened;
   const int flags = SQLITE_OPEN_READWRITE | (for_write ? SQLITE_OPEN_CREATE : 0) |
                     SQLITE_OPEN_NOMUTEX;
-  if (sqlite3_open_v2(file.c_str(), &opened.db, flags, nullptr) != SQLITE_OK || !set_up(opened.db)) {
+  if (sqlite3_open_v2(file.c_str(), &opened.db, flags, nullptr) != SQLITE_OK ||
+      !set_up(opened.db)) {
     set_error(file + ": " + (opened.db != nullptr ? sqlite3_errmsg(opened.db) : "cannot open"));
     status = Status::store_error;
     return nullptr;

@@ -88,7 +88,8 @@ LONG RegQueryValueExA(HKEY hKey, LPCSTR lpValueName, LPDWORD lpReserved, LPDWORD
     std::string path;
     if (!path_of(hKey, path)) return ERROR_INVALID_HANDLE;
     store::Value value;
-    const store::Status st = store::get_value(path, lpValueName != nullptr ? lpValueName : "", value);
+    const store::Status st =
+        store::get_value(path, lpValueName != nullptr ? lpValueName : "", value);
     if (st != store::Status::ok) return error_of(st);
     if (lpType != nullptr) *lpType = value.type;
     if (lpcbData == nullptr) return ERROR_SUCCESS;
@@ -125,7 +126,8 @@ LONG RegSetValueExA(HKEY hKey, LPCSTR lpValueName, DWORD Reserved, DWORD dwType,
     std::string path;
     if (!path_of(hKey, path)) return ERROR_INVALID_HANDLE;
     if ((hKey->access & KEY_SET_VALUE) == 0) return ERROR_ACCESS_DENIED;
-    const std::string_view data(reinterpret_cast<const char *>(lpData), lpData != nullptr ? cbData : 0);
+    const std::string_view data(reinterpret_cast<const char *>(lpData),
+                                lpData != nullptr ? cbData : 0);
     return error_of(
         store::set_value(path, lpValueName != nullptr ? lpValueName : "", dwType, data));
   });

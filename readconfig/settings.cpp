@@ -14,7 +14,8 @@ namespace {
 
 // "SOFTWARE\Vantrel\<product>\<section>", or false when it would not fit
 // the 1024-byte path buffer (1023 characters).
-bool setting_key(const char *product, const char *section, char (&path)[korutl::setting_buffer_size]) {
+bool setting_key(const char *product, const char *section,
+                 char (&path)[korutl::setting_buffer_size]) {
   const int n = std::snprintf(path, sizeof path, "SOFTWARE\\Vantrel\\%s\\%s", product, section);
   return n >= 0 && static_cast<size_t>(n) < sizeof path;
 }

@@ -37,7 +37,7 @@ extern "C" {
 #define CPX_E_TARGET_TOO_SMALL 4
 #define CPX_E_INVALID_INPUT 5   /* bytes that are no text in the source code set */
 #define CPX_E_SETTING 6         /* an unknown setting, or CPXOBJDIR= names no folder */
-#define CPX_E_NO_MEMORY 7
+#define CPX_E_NO_MEMORY 7       /* memory ran out (cpx_init_ex, open, convert) */
 
 /* Starts the library with its defaults. Calling it again is harmless. */
 CPX_API int32_t cpx_init(void);

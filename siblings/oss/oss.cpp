@@ -2,6 +2,7 @@
 // the locale, and the trace function.
 #include "siblings/oss/oss.h"
 
+#include <algorithm>
 #include <atomic>
 #include <cctype>
 #include <clocale>
@@ -12,6 +13,7 @@
 #include <string_view>
 
 #include "siblings/oss/loader.h"
+#include "utl/no_throw.h"
 
 extern "C" OSS_API const int32_t OSS_V19 = 19;
 
@@ -19,12 +21,13 @@ namespace {
 
 std::atomic<oss_trace_func> trace_func{nullptr};
 
+// Hands one failure line to the trace function; allocates nothing.
 uint16_t fail(uint16_t status, const char *module, int32_t line, const char *operation,
-              const std::string &reason) {
+              std::string_view reason) {
   if (oss_trace_func f = trace_func.load(std::memory_order_acquire)) {
     char text[1024];
-    std::snprintf(text, sizeof text, "%s:%d: %s: %s\n", module ? module : "?", line, operation,
-                  reason.c_str());
+    std::snprintf(text, sizeof text, "%s:%d: %s: %.*s\n", module ? module : "?", line, operation,
+                  static_cast<int>(std::min<size_t>(reason.size(), 900)), reason.data());
     f(text);
   }
   return status;
@@ -83,41 +86,57 @@ extern "C" {
 
 OSS_API uint16_t oss_load_library(const char *file, intptr_t *handle, const char *module,
                                   int32_t line) {
-  if (file == nullptr || *file == '\0' || handle == nullptr) {
-    return fail(OSS_E_ARGUMENT, module, line, "oss_load_library", "no file name");
-  }
-  LoadFailure failure;
-  std::string name(file);
-  void *h = open_by_search(name, failure);
-  if (h == nullptr && koross::kDllStandIn != nullptr && ends_with_dll(name)) {
-    name.replace(name.size() - 4, 4, koross::kDllStandIn);
-    h = open_by_search(name, failure);
-  }
-  if (h == nullptr) return fail(OSS_E_NOT_FOUND, module, line, "oss_load_library", failure.text);
-  *handle = reinterpret_cast<intptr_t>(h);
-  return OSS_OK;
+  return korutl::without_exceptions(
+      [&]() -> uint16_t {
+        if (file == nullptr || *file == '\0' || handle == nullptr) {
+          return fail(OSS_E_ARGUMENT, module, line, "oss_load_library", "no file name");
+        }
+        LoadFailure failure;
+        std::string name(file);
+        void *h = open_by_search(name, failure);
+        if (h == nullptr && koross::kDllStandIn != nullptr && ends_with_dll(name)) {
+          name.replace(name.size() - 4, 4, koross::kDllStandIn);
+          h = open_by_search(name, failure);
+        }
+        if (h == nullptr)
+          return fail(OSS_E_NOT_FOUND, module, line, "oss_load_library", failure.text);
+        *handle = reinterpret_cast<intptr_t>(h);
+        return OSS_OK;
+      },
+      [&] { return fail(OSS_E_NOT_FOUND, module, line, "oss_load_library", "out of memory"); });
 }
 
 OSS_API uint16_t oss_get_function_address(intptr_t handle, const char *name, void **address,
                                           const char *module, int32_t line) {
-  if (handle == 0 || name == nullptr || address == nullptr) {
-    return fail(OSS_E_ARGUMENT, module, line, "oss_get_function_address", "null argument");
-  }
-  std::string reason;
-  void *sym = koross::find_symbol(reinterpret_cast<void *>(handle), name, reason);
-  if (sym == nullptr) {
-    return fail(OSS_E_NO_SYMBOL, module, line, "oss_get_function_address", reason);
-  }
-  *address = sym;
-  return OSS_OK;
+  return korutl::without_exceptions(
+      [&]() -> uint16_t {
+        if (handle == 0 || name == nullptr || address == nullptr) {
+          return fail(OSS_E_ARGUMENT, module, line, "oss_get_function_address", "null argument");
+        }
+        std::string reason;
+        void *sym = koross::find_symbol(reinterpret_cast<void *>(handle), name, reason);
+        if (sym == nullptr) {
+          return fail(OSS_E_NO_SYMBOL, module, line, "oss_get_function_address", reason);
+        }
+        *address = sym;
+        return OSS_OK;
+      },
+      [&] {
+        return fail(OSS_E_NO_SYMBOL, module, line, "oss_get_function_address", "out of memory");
+      });
 }
 
 OSS_API uint16_t oss_unload_library(intptr_t handle, const char *module, int32_t line) {
-  if (handle == 0) return fail(OSS_E_ARGUMENT, module, line, "oss_unload_library", "null handle");
-  if (std::string reason; !koross::close_library(reinterpret_cast<void *>(handle), reason)) {
-    return fail(OSS_E_ARGUMENT, module, line, "oss_unload_library", reason);
-  }
-  return OSS_OK;
+  return korutl::without_exceptions(
+      [&]() -> uint16_t {
+        if (handle == 0)
+          return fail(OSS_E_ARGUMENT, module, line, "oss_unload_library", "null handle");
+        if (std::string reason; !koross::close_library(reinterpret_cast<void *>(handle), reason)) {
+          return fail(OSS_E_ARGUMENT, module, line, "oss_unload_library", reason);
+        }
+        return OSS_OK;
+      },
+      [&] { return fail(OSS_E_ARGUMENT, module, line, "oss_unload_library", "out of memory"); });
 }
 
 OSS_API uint16_t oss_setlocale(int32_t, int32_t, const char *module, int32_t line) {

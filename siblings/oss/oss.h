@@ -30,6 +30,8 @@ extern "C" {
 #define OSS_E_ARGUMENT 1  /* a null or empty argument */
 #define OSS_E_NOT_FOUND 2 /* no loadable library of that name */
 #define OSS_E_NO_SYMBOL 3 /* the library has no such entry point */
+/* An operation that runs out of memory fails with its usual failure status
+ * and the trace reason "out of memory". */
 
 typedef void (*oss_trace_func)(const char *line);
 
@@ -42,7 +44,9 @@ OSS_API extern const int32_t OSS_V19;
  * then the dynamic linker's own search. A name ending in ".dll" (any case)
  * that none of these finds is tried again, the same way, with ".so" in its
  * place, so registrations made on Windows keep working. On failure *handle
- * is untouched and the trace gets the loader's own reason. */
+ * is untouched and the trace gets the loader's own reason: that of a file
+ * that exists but does not load when there is one, else the first "not
+ * found". */
 OSS_API uint16_t oss_load_library(const char *file, intptr_t *handle, const char *module,
                                   int32_t line);
 

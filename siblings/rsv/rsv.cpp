@@ -137,7 +137,8 @@ RSV_API uint16_t rsv_set_value(const char *key, const char *name, const char *te
     if (key == nullptr || name == nullptr || text == nullptr)
       return bad_argument("set_value", module, line);
     const std::string_view data(text, std::strlen(text) + 1);
-    return result(store::set_value(key, name, store::type_sz, data), "set_value", key, module, line);
+    return result(store::set_value(key, name, store::type_sz, data), "set_value", key, module,
+                  line);
   });
 }
 
@@ -202,8 +203,9 @@ RSV_API uint16_t rsv_enum_subkeys(const char *key, char **names, uint16_t *count
     std::vector<std::string> found;
     const store::Status st = store::list_subkeys(key, found);
     if (st != store::Status::ok) return result(st, "enum_subkeys", key, module, line);
-    fill_slots(found, [](const std::string &s) -> const std::string & { return s; }, names, count,
-               subkey_slot);
+    fill_slots(
+        found, [](const std::string &s) -> const std::string & { return s; }, names, count,
+        subkey_slot);
     return RSV_OK;
   });
 }
@@ -216,8 +218,9 @@ RSV_API uint16_t rsv_enum_values(const char *key, char **names, uint16_t *count,
     std::vector<store::Value> found;
     const store::Status st = store::list_values(key, found);
     if (st != store::Status::ok) return result(st, "enum_values", key, module, line);
-    fill_slots(found, [](const store::Value &v) -> const std::string & { return v.name; }, names,
-               count, value_slot);
+    fill_slots(
+        found, [](const store::Value &v) -> const std::string & { return v.name; }, names, count,
+        value_slot);
     return RSV_OK;
   });
 }
@@ -244,7 +247,8 @@ RSV_API uint16_t rsv_import_file(const char *file, uint32_t *bad_line, const cha
     constexpr std::streamoff max_file = 64 << 20;
     std::ifstream in(file, std::ios::binary | std::ios::ate);
     if (!in || in.tellg() > max_file)
-      return fail(RSV_E_BAD_ARGUMENT, "import_file", module, line, std::string("cannot read ") + file);
+      return fail(RSV_E_BAD_ARGUMENT, "import_file", module, line,
+                  std::string("cannot read ") + file);
     in.seekg(0);
     const std::string text((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
     std::vector<store::KeyRecord> records;

@@ -36,7 +36,7 @@ extern "C" {
 #define RSV_E_BAD_ARGUMENT 3   /* null where a text or count is needed, bad path */
 #define RSV_E_BUFFER_SMALL 4   /* the caller's capacity cannot hold the text */
 #define RSV_E_TOO_LONG 5       /* the text does not fit a 16-bit length */
-#define RSV_E_STORE 6          /* the store cannot be read or written */
+#define RSV_E_STORE 6          /* the store cannot be read or written, or memory ran out */
 #define RSV_E_NO_KEY 7         /* the key does not exist */
 
 /* Interface version 1.13; libkorutl.so imports it to load only beside it. */

@@ -9,6 +9,8 @@
 #include <thread>
 #include <vector>
 
+#include "utl/no_throw.h"
+
 #if defined(__x86_64__) || defined(__i386__)
 #include <immintrin.h>
 #define SHM_PAUSE() _mm_pause()
@@ -75,13 +77,18 @@ SHM_API int32_t shm_spin_alloc(uint32_t *lock, int32_t, int32_t, int32_t, const 
 }
 
 SHM_API int32_t shm_spin_free(uint32_t lock, const char *, int32_t) {
-  std::lock_guard guard(registry_mutex);
-  SpinLock *l = lock_of(lock);
-  if (l == nullptr) return SHM_E_ARGUMENT;
-  if (l->held.load(std::memory_order_acquire)) return SHM_E_HELD;
-  l->in_use.store(false, std::memory_order_release);
-  free_handles.push_back(lock);
-  return SHM_OK;
+  return korutl::without_exceptions(
+      [&]() -> int32_t {
+        std::lock_guard guard(registry_mutex);
+        SpinLock *l = lock_of(lock);
+        if (l == nullptr) return SHM_E_ARGUMENT;
+        if (l->held.load(std::memory_order_acquire)) return SHM_E_HELD;
+        // Listed first: a list that cannot grow leaves the lock as it was.
+        free_handles.push_back(lock);
+        l->in_use.store(false, std::memory_order_release);
+        return SHM_OK;
+      },
+      [&] { return SHM_E_NO_MEMORY; });
 }
 
 SHM_API int32_t shm_spin_lock(uint32_t lock, int32_t, const char *, int32_t) {

@@ -45,7 +45,9 @@ SHM_API extern const int32_t SHM_V22;
 SHM_API int32_t shm_spin_alloc(uint32_t *lock, int32_t kind, int32_t spin_limit, int32_t flags,
                                const char *module, int32_t line);
 
-/* Destroys a lock that nobody holds; its handle may be handed out again. */
+/* Destroys a lock that nobody holds; its handle may be handed out again.
+ * SHM_E_NO_MEMORY (the lock stays as it was) when the list of free
+ * handles cannot grow. */
 SHM_API int32_t shm_spin_free(uint32_t lock, const char *module, int32_t line);
 
 /* Waits until the lock is free and takes it. `flags` (0) is accepted. */

@@ -1,9 +1,9 @@
 // Every allocation the library makes may fail. This program is linked with
 // malloc, calloc, realloc and operator new wrapped (tests/CMakeLists.txt),
-// so a test can make exactly the nth call fail (operator new then throws). Each operation below is run with the 1st,
-// 2nd, ... allocation failing until one run makes no failing call: every
-// run must give the operation's failure result or its full answer, never a
-// crash, and LeakSanitizer (sanitizer builds) sees nothing left over.
+// so a test can make exactly the nth call fail (operator new then throws). Each operation below is
+// run with the 1st, 2nd, ... allocation failing until one run makes no failing call: every run must
+// give the operation's failure result or its full answer, never a crash, and LeakSanitizer
+// (sanitizer builds) sees nothing left over.
 #include <gtest/gtest.h>
 
 #include <atomic>
@@ -42,7 +42,9 @@ extern "C" {
 void *__real_malloc(size_t size);
 void *__real_calloc(size_t count, size_t size);
 void *__real_realloc(void *block, size_t size);
-WRAPPER void *__wrap_malloc(size_t size) { return fail_this_call() ? nullptr : __real_malloc(size); }
+WRAPPER void *__wrap_malloc(size_t size) {
+  return fail_this_call() ? nullptr : __real_malloc(size);
+}
 WRAPPER void *__wrap_calloc(size_t count, size_t size) {
   return fail_this_call() ? nullptr : __real_calloc(count, size);
 }
@@ -127,9 +129,7 @@ bool is_text(char *text, const char *expected, bool part = false) {
 TEST_F(AllocationFailure, ConfigurationTreeAnswersOrFailsCleanly) {
   const Case cases[] = {
       {"KORVOCfgGetValue",
-       [] {
-         return is_text(KORVOCfgGetValue(kVersion3, "Path"), "/opt/orrery-3");
-       }},
+       [] { return is_text(KORVOCfgGetValue(kVersion3, "Path"), "/opt/orrery-3"); }},
       {"KORVOCfgGetProductVersions",
        [] {
          uint16_t count = 0;
@@ -148,9 +148,14 @@ TEST_F(AllocationFailure, ConfigurationTreeAnswersOrFailsCleanly) {
          return right;
        }},
       {"KORVOCfgLocateAgentKey",
-       [] { return is_text(KORVOCfgLocateAgentKey("Orrery", "Probe"), "\\Instances\\lab\\Agents\\Probe", true); }},
+       [] {
+         return is_text(KORVOCfgLocateAgentKey("Orrery", "Probe"),
+                        "\\Instances\\lab\\Agents\\Probe", true);
+       }},
       {"KORVOCfgGetProductVersionLatestValue",
-       [] { return is_text(KORVOCfgGetProductVersionLatestValue("Orrery", "", "Path"), kVersion3); }},
+       [] {
+         return is_text(KORVOCfgGetProductVersionLatestValue("Orrery", "", "Path"), kVersion3);
+       }},
       {"KORVOCfgGetEnvironmentVars",
        [] {
          uint16_t count = 0;
@@ -173,7 +178,9 @@ TEST_F(AllocationFailure, ConfigurationTreeAnswersOrFailsCleanly) {
 TEST_F(AllocationFailure, StringsAndIdentifiersAnswerOrFailCleanly) {
   const Case cases[] = {
       {"KORVOStrGetEscapedXMLString",
-       [] { return is_text(KORVOStrGetEscapedXMLString("a<b & \"c\""), "a&lt;b &amp; &quot;c&quot;"); }},
+       [] {
+         return is_text(KORVOStrGetEscapedXMLString("a<b & \"c\""), "a&lt;b &amp; &quot;c&quot;");
+       }},
       {"KORVOStrCreateObjectId, copy, parent, text",
        [] {
          KORVOObjectId *id = KORVOStrCreateObjectId("\\host\\Orrery\\3\\lab", nullptr);
@@ -245,8 +252,8 @@ TEST_F(AllocationFailureI18n, LocalisedTextAnswersOrFailsCleanly) {
                  KORVOStack *cache = nullptr;
                  KORVOInitI18n(&cache);
                  if (cache == nullptr) return false;
-                 const char *text =
-                     KORVOLoadI18NStringEx(cache, "\\localhost\\Halcyra\\2.2.1.3", "German", "HAL_LANGUAGE");
+                 const char *text = KORVOLoadI18NStringEx(cache, "\\localhost\\Halcyra\\2.2.1.3",
+                                                          "German", "HAL_LANGUAGE");
                  const bool right = text != nullptr && std::strcmp(text, "Deutsch") == 0;
                  KORVOFiniteI18n(&cache);
                  return right;
