@@ -164,6 +164,21 @@ TEST_F(AllocationFailure, ConfigurationTreeAnswersOrFailsCleanly) {
          KORVOCfgFreeEnvironmentVars(vars, count);
          return right;
        }},
+      {"KORVOCfgEnumerate",
+       [] {
+         static int calls;
+         calls = 0;
+         KORVOCfgEnumerate("HKEY_LOCAL_MACHINE\\SOFTWARE\\Vantrel\\Halcyra\\Probe\\Environment",
+                           [](const char *, const char *) { return ++calls; });
+         return calls == 2;
+       }},
+      {"KORVOInitInternalProducts",
+       [] {
+         KORVOIntProdData *data = nullptr;
+         const bool right = KORVOInitInternalProducts(&data) == 1 && data != nullptr;
+         KORVOCleanupInternalProducts(data);
+         return right;
+       }},
       {"KORVOSaveSetting and KORVOGetSetting",
        [] {
          char value[1024] = "";
