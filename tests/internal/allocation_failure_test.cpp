@@ -1,66 +1,25 @@
-// Every allocation the library makes may fail. This program is linked with
-// malloc, calloc, realloc and operator new wrapped (tests/CMakeLists.txt),
-// so a test can make exactly the nth call fail (operator new then throws). Each operation below is
-// run with the 1st, 2nd, ... allocation failing until one run makes no failing call: every run must
-// give the operation's failure result or its full answer, never a crash, and LeakSanitizer
-// (sanitizer builds) sees nothing left over.
+// Every allocation the library makes may fail (tests/support/
+// failing_allocator.h): each operation below gives its failure result or
+// its full answer, never crashes or throws, and LeakSanitizer (sanitizer
+// builds) sees nothing left over.
 #include <gtest/gtest.h>
 
-#include <atomic>
-#include <cstddef>
 #include <cstdlib>
 #include <cstring>
-#include <functional>
-#include <new>
 #include <string>
 #include <vector>
 
 #include "korutl.h"
 #include "tests/support/cfg_tree.h"
+#include "tests/support/failing_allocator.h"
 #include "tests/support/language_env.h"
 #include "tests/support/temp_store.h"
 
 namespace {
 
-// 0: no call fails; n > 0: the nth call from now fails, later ones do not.
-std::atomic<long> countdown{0};
-std::atomic<long> failed{0};
-
-bool fail_this_call() {
-  if (countdown.load(std::memory_order_relaxed) <= 0) return false;
-  if (countdown.fetch_sub(1, std::memory_order_relaxed) != 1) return false;
-  failed.fetch_add(1, std::memory_order_relaxed);
-  return true;
-}
-
-}  // namespace
-
-// Visible beyond this program: under the sanitizers the linker also sees
-// the shared libraries' references through the wrappers.
-#define WRAPPER __attribute__((visibility("default")))
-extern "C" {
-void *__real_malloc(size_t size);
-void *__real_calloc(size_t count, size_t size);
-void *__real_realloc(void *block, size_t size);
-WRAPPER void *__wrap_malloc(size_t size) {
-  return fail_this_call() ? nullptr : __real_malloc(size);
-}
-WRAPPER void *__wrap_calloc(size_t count, size_t size) {
-  return fail_this_call() ? nullptr : __real_calloc(count, size);
-}
-WRAPPER void *__wrap_realloc(void *block, size_t size) {
-  return fail_this_call() ? nullptr : __real_realloc(block, size);
-}
-void *__real__Znwm(size_t size);
-WRAPPER void *__wrap__Znwm(size_t size) {
-  if (fail_this_call()) throw std::bad_alloc();
-  return __real__Znwm(size);
-}
-}
-
-namespace {
-
 using korutl_test::cfg_set;
+using korutl_test::sweep;
+using korutl_test::SweepCase;
 
 // Keys of the hash table, made before any allocation is made to fail. The
 // table keeps the caller's key texts, so they outlive it.
@@ -72,36 +31,6 @@ const std::vector<std::string> kKeys = [] {
 
 constexpr const char *kVersion3 =
     "HKEY_LOCAL_MACHINE\\SOFTWARE\\Vantrel\\Halcyra\\Products\\Orrery\\Versions\\3";
-
-// One operation: runs it, frees what it returned, and says whether it gave
-// its full, correct answer.
-struct Case {
-  const char *name;
-  std::function<bool()> run;
-};
-
-// Runs `c` with the nth allocation failing for n = 1, 2, ... and returns
-// how many allocations the operation made.
-long sweep(const Case &c) {
-  for (long n = 1; n < 10000; ++n) {
-    failed = 0;
-    countdown = n;
-    bool full_answer = false;
-    try {
-      full_answer = c.run();
-    } catch (const std::bad_alloc &) {
-      // A C caller cannot catch it: the process would end.
-      ADD_FAILURE() << c.name << ": std::bad_alloc escaped with allocation " << n << " failing";
-    }
-    countdown = 0;
-    if (failed == 0) {
-      EXPECT_TRUE(full_answer) << c.name << ": wrong answer with no allocation failing";
-      return n - 1;
-    }
-  }
-  ADD_FAILURE() << c.name << ": still allocating after 10000 calls";
-  return 0;
-}
 
 class AllocationFailure : public korutl_test::TempStore {
  protected:
@@ -127,7 +56,7 @@ bool is_text(char *text, const char *expected, bool part = false) {
 }
 
 TEST_F(AllocationFailure, ConfigurationTreeAnswersOrFailsCleanly) {
-  const Case cases[] = {
+  const SweepCase cases[] = {
       {"KORVOCfgGetValue",
        [] { return is_text(KORVOCfgGetValue(kVersion3, "Path"), "/opt/orrery-3"); }},
       {"KORVOCfgGetProductVersions",
@@ -187,11 +116,11 @@ TEST_F(AllocationFailure, ConfigurationTreeAnswersOrFailsCleanly) {
                 std::strcmp(value, "German") == 0;
        }},
   };
-  for (const Case &c : cases) EXPECT_GT(sweep(c), 0) << c.name << " allocates nothing";
+  for (const SweepCase &c : cases) EXPECT_GT(sweep(c), 0) << c.name << " allocates nothing";
 }
 
 TEST_F(AllocationFailure, StringsAndIdentifiersAnswerOrFailCleanly) {
-  const Case cases[] = {
+  const SweepCase cases[] = {
       {"KORVOStrGetEscapedXMLString",
        [] {
          return is_text(KORVOStrGetEscapedXMLString("a<b & \"c\""), "a&lt;b &amp; &quot;c&quot;");
@@ -218,12 +147,12 @@ TEST_F(AllocationFailure, StringsAndIdentifiersAnswerOrFailCleanly) {
       {"KORVOStrGetQuotedString into a new buffer",
        [] { return is_text(KORVOStrGetQuotedString("it's", nullptr, 0, '\''), "'it\\'s'"); }},
   };
-  for (const Case &c : cases) EXPECT_GT(sweep(c), 0) << c.name << " allocates nothing";
+  for (const SweepCase &c : cases) EXPECT_GT(sweep(c), 0) << c.name << " allocates nothing";
 }
 
 // Containers must also keep what they held when growing fails.
 TEST_F(AllocationFailure, ContainersKeepTheirContents) {
-  const Case cases[] = {
+  const SweepCase cases[] = {
       {"KORVOHashTblLookup, 200 keys",
        [] {
          KORVOHashTbl table;
@@ -254,7 +183,7 @@ TEST_F(AllocationFailure, ContainersKeepTheirContents) {
          return right;
        }},
   };
-  for (const Case &c : cases) EXPECT_GT(sweep(c), 0) << c.name << " allocates nothing";
+  for (const SweepCase &c : cases) EXPECT_GT(sweep(c), 0) << c.name << " allocates nothing";
 }
 
 using AllocationFailureI18n = korutl_test::LanguageStore;
@@ -263,7 +192,7 @@ using AllocationFailureI18n = korutl_test::LanguageStore;
 // has no registration, so the text comes from another version's library.
 TEST_F(AllocationFailureI18n, LocalisedTextAnswersOrFailsCleanly) {
   ASSERT_EQ(KORVOCfgRegisterLanguageFile("Halcyra", "2.2.1", "German", "hal_de.dll"), 0);
-  const Case c{"KORVOLoadI18NStringEx on a fresh cache", [] {
+  const SweepCase c{"KORVOLoadI18NStringEx on a fresh cache", [] {
                  KORVOStack *cache = nullptr;
                  KORVOInitI18n(&cache);
                  if (cache == nullptr) return false;

@@ -1,0 +1,94 @@
+// The registry service when memory runs out: every operation gives its
+// failure result or its full answer, and an import either writes its whole
+// file or leaves the store as it was.
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <cstring>
+#include <string>
+
+#include "siblings/rsv/rsv.h"
+#include "tests/support/failing_allocator.h"
+#include "tests/support/temp_store.h"
+
+namespace {
+
+using korutl_test::sweep;
+using korutl_test::SweepCase;
+
+constexpr const char *kKey = "HKEY_LOCAL_MACHINE\\SOFTWARE\\Vantrel\\Halcyra\\Products\\Orrery";
+constexpr const char *kImported = "HKEY_LOCAL_MACHINE\\SOFTWARE\\Vantrel\\Halcyra\\Imported";
+
+class RsvAllocationFailure : public korutl_test::TempStore {
+ protected:
+  void SetUp() override {
+    TempStore::SetUp();
+    ASSERT_EQ(rsv_create_key((std::string(kKey) + "\\Versions").c_str(), "t", __LINE__), RSV_OK);
+    ASSERT_EQ(rsv_set_value(kKey, "Path", "/opt/orrery", "t", __LINE__), RSV_OK);
+    reg_file_ = file() + ".reg";
+    std::FILE *f = std::fopen(reg_file_.c_str(), "wb");
+    ASSERT_NE(f, nullptr);
+    std::fputs("Windows Registry Editor Version 5.00\r\n\r\n", f);
+    for (int i = 0; i < 20; ++i)
+      std::fprintf(f, "[%s\\Key%02d]\r\n\"Name\"=\"value %d\"\r\n\r\n", kImported, i, i);
+    std::fclose(f);
+  }
+  std::string reg_file_;
+};
+
+TEST_F(RsvAllocationFailure, OperationsAnswerOrFailCleanly) {
+  static std::string export_file;
+  export_file = file() + ".export.reg";
+  const SweepCase cases[] = {
+      {"rsv_get_value",
+       [] {
+         char text[64];
+         uint16_t length = sizeof text;
+         return rsv_get_value(kKey, "Path", text, &length, "t", 1) == RSV_OK &&
+                std::strcmp(text, "/opt/orrery") == 0;
+       }},
+      {"rsv_set_value", [] { return rsv_set_value(kKey, "Mode", "lab", "t", 1) == RSV_OK; }},
+      {"rsv_enum_subkeys",
+       [] {
+         char slot[256];
+         char *names[1] = {slot};
+         uint16_t count = 1;
+         return rsv_enum_subkeys(kKey, names, &count, "t", 1) == RSV_OK && count == 1 &&
+                std::strcmp(slot, "Versions") == 0;
+       }},
+      {"rsv_enum_values",
+       [] {
+         char slots[2][33];
+         char *names[2] = {slots[0], slots[1]};
+         uint16_t count = 2;
+         return rsv_enum_values(kKey, names, &count, "t", 1) == RSV_OK && count >= 1;
+       }},
+      {"rsv_export_file",
+       [] { return rsv_export_file(kKey, export_file.c_str(), "t", 1) == RSV_OK; }},
+  };
+  for (const SweepCase &c : cases) EXPECT_GT(sweep(c), 0) << c.name << " allocates nothing";
+}
+
+// The store holds all twenty keys of the file or none of them.
+TEST_F(RsvAllocationFailure, ImportIsWholeOrNothing) {
+  static std::string reg_file;
+  reg_file = reg_file_;
+  const SweepCase import{"rsv_import_file", [] {
+    uint16_t before = 0;
+    uint16_t after = 0;
+    rsv_query_key(kImported, &before, nullptr, "t", 1);  // a missing key leaves 0
+    uint32_t bad_line = 0;
+    const uint16_t rc = rsv_import_file(reg_file.c_str(), &bad_line, "t", 1);
+    // When the import failed, its failing call has come and gone: this
+    // count fails nothing.
+    rsv_query_key(kImported, &after, nullptr, "t", 1);
+    if (rc != RSV_OK) {
+      EXPECT_EQ(after, before) << "a failed import changed the store";
+      return false;
+    }
+    return after == 20;
+  }};
+  EXPECT_GT(sweep(import), 0);
+}
+
+}  // namespace
