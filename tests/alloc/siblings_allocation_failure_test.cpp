@@ -1,12 +1,14 @@
-// The registry service when memory runs out: every operation gives its
-// failure result or its full answer, and an import either writes its whole
-// file or leaves the store as it was.
+// The sibling libraries when memory runs out: every operation gives its
+// failure result or its full answer, and an import of the registry service
+// either writes its whole file or leaves the store as it was.
 #include <gtest/gtest.h>
 
 #include <cstdio>
 #include <cstring>
 #include <string>
 
+#include "siblings/cpx/cpx.h"
+#include "siblings/oss/oss.h"
 #include "siblings/rsv/rsv.h"
 #include "tests/support/failing_allocator.h"
 #include "tests/support/temp_store.h"
@@ -89,6 +91,42 @@ TEST_F(RsvAllocationFailure, ImportIsWholeOrNothing) {
     return after == 20;
   }};
   EXPECT_GT(sweep(import), 0);
+}
+
+TEST(SiblingAllocationFailure, CodePagesAndLoadingAnswerOrFailCleanly) {
+  const SweepCase cases[] = {
+      {"cpx_open_conversion and cpx_convert_text",
+       [] {
+         if (cpx_init() != CPX_OK) return false;
+         int32_t handle = -1;
+         bool right = false;
+         if (cpx_open_conversion(1252, 65001, &handle) == CPX_OK) {
+           const char latin1[] = "caf\xe9";
+           char utf8[16];
+           int32_t written = 0;
+           right = cpx_convert_text(handle, reinterpret_cast<intptr_t>(latin1), -1,
+                                    reinterpret_cast<intptr_t>(utf8), sizeof utf8,
+                                    reinterpret_cast<intptr_t>(&written), 0, 0, 0,
+                                    CPX_TERMINATE) == CPX_OK &&
+                   std::strcmp(utf8, "caf\xc3\xa9") == 0;
+           cpx_close_conversion(handle);
+         }
+         cpx_term();
+         return right;
+       }},
+      {"oss_load_library, oss_get_function_address",
+       [] {
+         intptr_t handle = 0;
+         if (oss_load_library(KORUTL_PROBE_DIR "/oss_probe.dll", &handle, "t", 1) != OSS_OK)
+           return false;
+         void *entry = nullptr;
+         const bool right =
+             oss_get_function_address(handle, "get_resource", &entry, "t", 2) == OSS_OK &&
+             entry != nullptr;
+         return oss_unload_library(handle, "t", 3) == OSS_OK && right;
+       }},
+  };
+  for (const SweepCase &c : cases) EXPECT_GT(sweep(c), 0) << c.name << " allocates nothing";
 }
 
 }  // namespace
