@@ -41,7 +41,13 @@ std::unique_ptr<Codec> open_codec(int32_t from, int32_t to) {
   if (source == nullptr || target == nullptr) return nullptr;
   iconv_t cd = iconv_open(target->iconv_name, source->iconv_name);
   if (cd == reinterpret_cast<iconv_t>(-1)) return nullptr;
-  return std::make_unique<IconvCodec>(cd);
+  // The descriptor is closed again if its owner cannot be allocated.
+  try {
+    return std::make_unique<IconvCodec>(cd);
+  } catch (...) {
+    iconv_close(cd);
+    throw;
+  }
 }
 
 int32_t local_codeset() {
