@@ -1,7 +1,6 @@
 // Trimming, quoting, unquoting, markup escaping, wildcard and host-name checks.
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <cstdlib>
 #include <cstring>
 #include <string>
@@ -106,15 +105,6 @@ TEST(Pattern, Matches) {
   }
   EXPECT_EQ(KORVOStrMatchesPattern(nullptr, "*", 0), 0);
   EXPECT_EQ(KORVOStrMatchesPattern("a", nullptr, 0), 0);
-}
-
-TEST(Pattern, ManyAsterisksStayFast) {
-  const std::string text(200, 'a');
-  const std::string pattern = std::string(20, '*') + "b";
-  const auto start = std::chrono::steady_clock::now();
-  EXPECT_EQ(KORVOStrMatchesPattern(text.c_str(), pattern.c_str(), 0), 0);
-  EXPECT_EQ(KORVOStrMatchesPattern(text.c_str(), std::string(20, '*').c_str(), 0), 1);
-  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(5));
 }
 
 TEST(HostName, Checks) {

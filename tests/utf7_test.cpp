@@ -132,27 +132,6 @@ TEST(Utf7, TargetExhausted) {
   EXPECT_EQ(d.result, CONV_TARGET_EXHAUSTED);
 }
 
-TEST(Utf7, RoundTripEveryUnitBothFlags) {
-  Units all(0x10000);
-  for (size_t i = 0; i < all.size(); ++i) all[i] = static_cast<uint16_t>(i);
-  for (const bool optional : {false, true}) {
-    for (const bool close : {false, true}) {
-      std::vector<uint8_t> text(all.size() * 4);
-      const uint16_t *src = all.data();
-      uint8_t *dst = text.data();
-      ASSERT_EQ(KORVOConvertUCS2toUTF7(&src, all.data() + all.size(), &dst, text.data() + text.size(),
-                                       optional, close), CONV_OK);
-      for (const uint8_t *p = text.data(); p < dst; ++p) ASSERT_LT(*p, 0x80);
-      Units back(all.size());
-      const uint8_t *tsrc = text.data();
-      uint16_t *bdst = back.data();
-      ASSERT_EQ(KORVOConvertUTF7toUCS2(&tsrc, dst, &bdst, back.data() + back.size()), CONV_OK);
-      EXPECT_EQ(bdst, back.data() + back.size());
-      EXPECT_EQ(back, all);
-    }
-  }
-}
-
 TEST(Utf7, NullPointersConvertNothing) {
   uint8_t b[4];
   uint8_t *bp = b;

@@ -111,28 +111,6 @@ TEST(UtfConversions, StopsBeforeACharacterThatDoesNotFit) {
   EXPECT_TRUE(three.out.empty());
 }
 
-// Long ASCII runs go through the block copy; a non-ASCII unit anywhere in a
-// block, and targets that end inside a block, must give the same result as
-// converting unit by unit.
-TEST(UtfConversions, AsciiRunsMatchUnitByUnit) {
-  U8 text;
-  for (int i = 0; i < 100; ++i) text.push_back(static_cast<uint8_t>('a' + i % 26));
-  text[37] = 0xC3;
-  text[38] = 0xA9;
-  for (size_t room : {size_t{5}, size_t{13}, size_t{36}, size_t{37}, size_t{99}, size_t{200}}) {
-    const auto fast = run(KORVOConvertUTF8toUTF16, text, room);
-    const size_t expect_units = std::min(room, size_t{99});
-    EXPECT_EQ(fast.out.size(), expect_units) << room;
-    EXPECT_EQ(fast.result, room >= 99 ? CONV_OK : CONV_TARGET_EXHAUSTED) << room;
-    for (size_t i = 0; i < fast.out.size(); ++i) {
-      const uint16_t want = i < 37 ? text[i] : i == 37 ? 0xE9 : text[i + 1];
-      ASSERT_EQ(fast.out[i], want) << "room " << room << " unit " << i;
-    }
-    const auto back = run(KORVOConvertUTF16toUTF8, fast.out, 300);
-    EXPECT_EQ(back.out, U8(text.begin(), text.begin() + static_cast<long>(fast.consumed)));
-  }
-}
-
 // Converting in pieces, resuming from the returned pointers, gives the
 // same output as one call.
 TEST(UtfConversions, ResumesWhereItStopped) {

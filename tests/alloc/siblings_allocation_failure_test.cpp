@@ -15,7 +15,7 @@
 
 namespace {
 
-using korutl_test::sweep;
+using korutl_test::sweep_all;
 using korutl_test::SweepCase;
 
 constexpr const char *kKey = "HKEY_LOCAL_MACHINE\\SOFTWARE\\Vantrel\\Halcyra\\Products\\Orrery";
@@ -67,34 +67,6 @@ TEST_F(RsvAllocationFailure, OperationsAnswerOrFailCleanly) {
        }},
       {"rsv_export_file",
        [] { return rsv_export_file(kKey, export_file.c_str(), "t", 1) == RSV_OK; }},
-  };
-  for (const SweepCase &c : cases) EXPECT_GT(sweep(c), 0) << c.name << " allocates nothing";
-}
-
-// The store holds all twenty keys of the file or none of them.
-TEST_F(RsvAllocationFailure, ImportIsWholeOrNothing) {
-  static std::string reg_file;
-  reg_file = reg_file_;
-  const SweepCase import{"rsv_import_file", [] {
-    uint16_t before = 0;
-    uint16_t after = 0;
-    rsv_query_key(kImported, &before, nullptr, "t", 1);  // a missing key leaves 0
-    uint32_t bad_line = 0;
-    const uint16_t rc = rsv_import_file(reg_file.c_str(), &bad_line, "t", 1);
-    // When the import failed, its failing call has come and gone: this
-    // count fails nothing.
-    rsv_query_key(kImported, &after, nullptr, "t", 1);
-    if (rc != RSV_OK) {
-      EXPECT_EQ(after, before) << "a failed import changed the store";
-      return false;
-    }
-    return after == 20;
-  }};
-  EXPECT_GT(sweep(import), 0);
-}
-
-TEST(SiblingAllocationFailure, CodePagesAndLoadingAnswerOrFailCleanly) {
-  const SweepCase cases[] = {
       {"cpx_open_conversion and cpx_convert_text",
        [] {
          if (cpx_init() != CPX_OK) return false;
@@ -126,7 +98,29 @@ TEST(SiblingAllocationFailure, CodePagesAndLoadingAnswerOrFailCleanly) {
          return oss_unload_library(handle, "t", 3) == OSS_OK && right;
        }},
   };
-  for (const SweepCase &c : cases) EXPECT_GT(sweep(c), 0) << c.name << " allocates nothing";
+  sweep_all(cases);
+}
+
+// The store holds all twenty keys of the file or none of them.
+TEST_F(RsvAllocationFailure, ImportIsWholeOrNothing) {
+  static std::string reg_file;
+  reg_file = reg_file_;
+  const SweepCase import[] = {{"rsv_import_file", [] {
+    uint16_t before = 0;
+    uint16_t after = 0;
+    rsv_query_key(kImported, &before, nullptr, "t", 1);  // a missing key leaves 0
+    uint32_t bad_line = 0;
+    const uint16_t rc = rsv_import_file(reg_file.c_str(), &bad_line, "t", 1);
+    // When the import failed, its failing call has come and gone: this
+    // count fails nothing.
+    rsv_query_key(kImported, &after, nullptr, "t", 1);
+    if (rc != RSV_OK) {
+      EXPECT_EQ(after, before) << "a failed import changed the store";
+      return false;
+    }
+    return after == 20;
+  }}};
+  sweep_all(import);
 }
 
 }  // namespace

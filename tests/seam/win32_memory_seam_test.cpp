@@ -10,7 +10,6 @@
 #include <thread>
 #include <vector>
 
-#include "tests/support/expect_fault.h"
 #include "platform/win32.h"
 
 namespace {
@@ -32,46 +31,6 @@ TEST(Win32Memory, SystemInfoReportsThePageSize) {
   SYSTEM_INFO info;
   GetSystemInfo(&info);
   EXPECT_GE(info.dwNumberOfProcessors, 1u);
-}
-
-TEST(Win32Memory, CommitProtectQueryDecommit) {
-  const DWORD p = page();
-  auto *base = static_cast<char *>(VirtualAlloc(nullptr, 3 * p, MEM_COMMIT, PAGE_READWRITE));
-  ASSERT_NE(base, nullptr);
-  std::memset(base, 0x5A, 3 * p);
-  DWORD old = 0;
-  ASSERT_TRUE(VirtualProtect(base + 2 * p, p, PAGE_NOACCESS, &old));
-  EXPECT_EQ(old, PAGE_READWRITE);
-
-  MEMORY_BASIC_INFORMATION info = query(base + p + 17);
-  EXPECT_EQ(info.State, MEM_COMMIT);
-  EXPECT_EQ(info.Protect, PAGE_READWRITE);
-  EXPECT_EQ(info.BaseAddress, base + p);
-  EXPECT_EQ(info.AllocationBase, base);
-  EXPECT_EQ(info.RegionSize, size_t{p});
-  info = query(base + 2 * p);
-  EXPECT_EQ(info.State, MEM_COMMIT);
-  EXPECT_EQ(info.Protect, PAGE_NOACCESS);
-
-  ASSERT_TRUE(VirtualFree(base, 3 * p, MEM_DECOMMIT));
-  EXPECT_EQ(query(base).State, MEM_RESERVE);
-  EXPECT_EQ(query(base + 2 * p).State, MEM_RESERVE);
-  // Decommitted pages cannot be protected or freed again.
-  EXPECT_FALSE(VirtualProtect(base, p, PAGE_READWRITE, &old));
-  EXPECT_FALSE(VirtualFree(base, 3 * p, MEM_DECOMMIT));
-}
-
-TEST(Win32Memory, QueryOfForeignAddressesNeverFaults) {
-  int on_stack = 0;
-  void *heap = std::malloc(16);
-  EXPECT_EQ(query(&on_stack).State, MEM_FREE);
-  EXPECT_EQ(query(heap).State, MEM_FREE);
-  EXPECT_EQ(query(nullptr).State, MEM_FREE);
-  EXPECT_EQ(query(reinterpret_cast<void *>(~uintptr_t{0})).State, MEM_FREE);
-  std::free(heap);
-  MEMORY_BASIC_INFORMATION info;
-  EXPECT_EQ(VirtualQuery(&on_stack, &info, sizeof info - 1), 0u);
-  EXPECT_EQ(VirtualQuery(&on_stack, nullptr, sizeof info), 0u);
 }
 
 TEST(Win32Memory, RefusesWhatItDoesNotProvide) {
@@ -104,16 +63,6 @@ TEST(Win32Memory, ReservedOnlyAndAddressesAreNeverReused) {
     seen.push_back(b);
     ASSERT_TRUE(VirtualFree(b, p, MEM_DECOMMIT));
   }
-}
-
-// The child touches a decommitted page; it must die of SIGSEGV.
-TEST(Win32Memory, DecommittedPagesFault) {
-  const DWORD p = page();
-  auto *base = static_cast<volatile char *>(VirtualAlloc(nullptr, p, MEM_COMMIT, PAGE_READWRITE));
-  ASSERT_NE(base, nullptr);
-  base[0] = 1;
-  ASSERT_TRUE(VirtualFree(const_cast<char *>(base), p, MEM_DECOMMIT));
-  EXPECT_FAULT(base[1] = 2);
 }
 
 TEST(Win32Box, AnswersFromTheEnvironment) {

@@ -51,6 +51,12 @@ inline long sweep(const SweepCase &c) {
   return 0;
 }
 
+// Sweeps every case; each must allocate something, or it tests nothing.
+template <typename Cases>
+void sweep_all(const Cases &cases) {
+  for (const SweepCase &c : cases) EXPECT_GT(sweep(c), 0) << c.name << " allocates nothing";
+}
+
 }  // namespace korutl_test
 
 #endif
