@@ -26,7 +26,8 @@ constexpr size_t kKeyPathSize = 768;
 
 bool texts_match(const std::string &cached, std::string_view wanted) {
   return cached.empty() || wanted.empty() ||
-         (cached.size() == wanted.size() && strncasecmp(cached.data(), wanted.data(), wanted.size()) == 0);
+         (cached.size() == wanted.size() &&
+          strncasecmp(cached.data(), wanted.data(), wanted.size()) == 0);
 }
 
 struct FreeText {
@@ -99,8 +100,8 @@ LanguageLibrary *FindCachedLibrary(KORVOStack *cache, const CacheKey &key) {
 }
 
 LanguageLibrary *FindCachedLibrary(const LanguageRequest &request) {
-  return FindCachedLibrary(request.cache, {request.language, request.product, request.version,
-                                           request.instance});
+  return FindCachedLibrary(request.cache,
+                           {request.language, request.product, request.version, request.instance});
 }
 
 LanguageLibrary *FindOrLoadLibrary(LanguageRequest &request) {

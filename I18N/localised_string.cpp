@@ -17,9 +17,9 @@
 
 namespace {
 
+using korutl::i18n::kModule;
 using korutl::i18n::LanguageLibrary;
 using korutl::i18n::LanguageRequest;
-using korutl::i18n::kModule;
 namespace cfg = korutl::cfg;
 
 constexpr const char *kOwnObjectId = "\\localhost\\Halcyra\\2.2.1.3";
@@ -111,7 +111,8 @@ void fill_request(LanguageRequest &request, const KORVOObjectId *id) {
 // of the identifier and the cache, without allocating. Only identifiers
 // without escapes are read here; the parts are the runs between
 // backslashes, as the full parser takes them.
-LanguageLibrary *cached_first_step(KORVOStack *cache, const char *objectId, std::string_view language) {
+LanguageLibrary *cached_first_step(KORVOStack *cache, const char *objectId,
+                                   std::string_view language) {
   std::string_view parts[4];
   size_t count = 0;
   for (const char *p = objectId != nullptr ? objectId : ""; *p != '\0' && count < 4;) {
@@ -135,16 +136,19 @@ LanguageLibrary *cached_first_step(KORVOStack *cache, const char *objectId, std:
 const char *call_library(LanguageLibrary *library, const char *objectId, const char *language,
                          const char *key) {
   library->lastUsed.store(std::time(nullptr), std::memory_order_relaxed);
-  if (library->getStringResource != nullptr) return library->getStringResource(objectId, language, key);
+  if (library->getStringResource != nullptr)
+    return library->getStringResource(objectId, language, key);
   return library->getResource(key);
 }
 
 const char *load_string(KORVOStack *cache, const char *objectId, const char *language,
                         const char *key) {
-  const char *const requested_text = language != nullptr && *language != '\0' ? language : "Default";
+  const char *const requested_text =
+      language != nullptr && *language != '\0' ? language : "Default";
   if (LanguageLibrary *cached = cached_first_step(cache, objectId, requested_text))
     return call_library(cached, objectId, requested_text, key);
-  const std::unique_ptr<KORVOObjectId, DestroyObjectId> id(KORVOStrCreateObjectId(objectId, nullptr));
+  const std::unique_ptr<KORVOObjectId, DestroyObjectId> id(
+      KORVOStrCreateObjectId(objectId, nullptr));
   const std::string requested = requested_text;
   LanguageRequest request;
   request.cache = cache;

@@ -22,7 +22,8 @@ std::vector<uint8_t> sample(size_t n) {
 std::string encoded(size_t n) {
   const auto in = sample(n);
   std::string text((n + 2) / 3 * 4 + 1, '\0');
-  text.resize(static_cast<size_t>(KORVOBase64Crypt(1, in.data(), text.data(), static_cast<int32_t>(n))));
+  text.resize(
+      static_cast<size_t>(KORVOBase64Crypt(1, in.data(), text.data(), static_cast<int32_t>(n))));
   return text;
 }
 
@@ -30,7 +31,8 @@ void BM_KorutlBase64Encode(benchmark::State &state) {
   const auto n = static_cast<size_t>(state.range(0));
   const auto in = sample(n);
   std::vector<char> out((n + 2) / 3 * 4 + 1);
-  for (auto _ : state) benchmark::DoNotOptimize(KORVOBase64Crypt(1, in.data(), out.data(), static_cast<int32_t>(n)));
+  for (auto _ : state)
+    benchmark::DoNotOptimize(KORVOBase64Crypt(1, in.data(), out.data(), static_cast<int32_t>(n)));
   state.SetBytesProcessed(state.iterations() * static_cast<int64_t>(n));
 }
 
@@ -38,7 +40,8 @@ void BM_KorutlBase64Decode(benchmark::State &state) {
   const std::string text = encoded(static_cast<size_t>(state.range(0)));
   std::vector<uint8_t> out(text.size() / 4 * 3 + 1);
   for (auto _ : state) {
-    benchmark::DoNotOptimize(KORVOBase64Crypt(0, text.data(), out.data(), static_cast<int32_t>(text.size())));
+    benchmark::DoNotOptimize(
+        KORVOBase64Crypt(0, text.data(), out.data(), static_cast<int32_t>(text.size())));
   }
   state.SetBytesProcessed(state.iterations() * state.range(0));
 }
@@ -51,7 +54,8 @@ void BM_OpensslEncodeBlock(benchmark::State &state) {
   const auto n = static_cast<size_t>(state.range(0));
   const auto in = sample(n);
   std::vector<unsigned char> out((n + 2) / 3 * 4 + 1);
-  for (auto _ : state) benchmark::DoNotOptimize(EVP_EncodeBlock(out.data(), in.data(), static_cast<int>(n)));
+  for (auto _ : state)
+    benchmark::DoNotOptimize(EVP_EncodeBlock(out.data(), in.data(), static_cast<int>(n)));
   state.SetBytesProcessed(state.iterations() * static_cast<int64_t>(n));
 }
 
@@ -59,7 +63,8 @@ void BM_OpensslDecodeBlock(benchmark::State &state) {
   const std::string text = encoded(static_cast<size_t>(state.range(0)));
   std::vector<unsigned char> out(text.size() / 4 * 3 + 1);
   for (auto _ : state) {
-    benchmark::DoNotOptimize(EVP_DecodeBlock(out.data(), reinterpret_cast<const unsigned char *>(text.data()),
+    benchmark::DoNotOptimize(EVP_DecodeBlock(out.data(),
+                                             reinterpret_cast<const unsigned char *>(text.data()),
                                              static_cast<int>(text.size())));
   }
   state.SetBytesProcessed(state.iterations() * state.range(0));

@@ -12,7 +12,8 @@
 
 namespace {
 
-const std::string versions_key = "HKEY_LOCAL_MACHINE\\SOFTWARE\\Vantrel\\Halcyra\\Products\\Bench\\Versions";
+const std::string versions_key =
+    "HKEY_LOCAL_MACHINE\\SOFTWARE\\Vantrel\\Halcyra\\Products\\Bench\\Versions";
 const std::string value_key = versions_key + "\\2.10";
 
 // Product "Bench" with versions 1.0 .. 2.19 (20 of them), the value

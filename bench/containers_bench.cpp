@@ -29,7 +29,8 @@ void BM_HashTblCreate100k(benchmark::State &state) {
   for (auto _ : state) {
     KORVOHashTbl t;
     KORVOHashTblInit(&t);
-    for (const auto &k : keys()) benchmark::DoNotOptimize(KORVOHashTblLookup(&t, k.c_str(), sizeof(Record)));
+    for (const auto &k : keys())
+      benchmark::DoNotOptimize(KORVOHashTblLookup(&t, k.c_str(), sizeof(Record)));
     KORVOHashTblDestroy(&t);
   }
   state.SetItemsProcessed(state.iterations() * keys().size());

@@ -38,11 +38,12 @@ void BM_I18nCachedHit(benchmark::State &state) {
   language_store();
   KORVOStack *cache = nullptr;
   KORVOInitI18n(&cache);
-  expect_text(state, KORVOLoadI18NStringEx(cache, "\\localhost\\Halcyra\\2.2.1", "English", kKeys[0]));
+  expect_text(state,
+              KORVOLoadI18NStringEx(cache, "\\localhost\\Halcyra\\2.2.1", "English", kKeys[0]));
   size_t i = 0;
   for (auto _ : state) {
-    benchmark::DoNotOptimize(
-        KORVOLoadI18NStringEx(cache, "\\localhost\\Halcyra\\2.2.1", "English", kKeys[i++ % kKeys.size()]));
+    benchmark::DoNotOptimize(KORVOLoadI18NStringEx(cache, "\\localhost\\Halcyra\\2.2.1", "English",
+                                                   kKeys[i++ % kKeys.size()]));
   }
   KORVOFiniteI18n(&cache);
 }
@@ -69,7 +70,8 @@ void BM_I18nFoundInOtherVersion(benchmark::State &state) {
   language_store();
   expect_text(state, KORVOLoadI18NString("English", kKeys[0]));
   size_t i = 0;
-  for (auto _ : state) benchmark::DoNotOptimize(KORVOLoadI18NString("English", kKeys[i++ % kKeys.size()]));
+  for (auto _ : state)
+    benchmark::DoNotOptimize(KORVOLoadI18NString("English", kKeys[i++ % kKeys.size()]));
   KORVOFiniteI18NStrings();
 }
 BENCHMARK(BM_I18nFoundInOtherVersion);
@@ -81,7 +83,8 @@ void BM_I18nMissLoadsLibrary(benchmark::State &state) {
   for (auto _ : state) {
     KORVOStack *cache = nullptr;
     KORVOInitI18n(&cache);
-    benchmark::DoNotOptimize(KORVOLoadI18NStringEx(cache, "\\localhost\\Halcyra\\2.2.1", "English", kKeys[0]));
+    benchmark::DoNotOptimize(
+        KORVOLoadI18NStringEx(cache, "\\localhost\\Halcyra\\2.2.1", "English", kKeys[0]));
     state.PauseTiming();
     KORVOFiniteI18n(&cache);
     state.ResumeTiming();

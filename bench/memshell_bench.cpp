@@ -48,7 +48,8 @@ bool shell_is_on() {
 
 void BM_ShellPairs(benchmark::State &state) {
   state.SetLabel(shell_is_on() ? "shell on" : "shell off");
-  run_pairs(state, [](uint32_t n) { return mmalloc(n, __LINE__, __FILE__); }, [](void *p) { mfree(p); });
+  run_pairs(
+      state, [](uint32_t n) { return mmalloc(n, __LINE__, __FILE__); }, [](void *p) { mfree(p); });
 }
 BENCHMARK(BM_ShellPairs);
 
@@ -106,13 +107,16 @@ void BM_EfencePairs(benchmark::State &state) {
     state.SkipWithError("guard-page peer not loadable");
     return;
   }
-  run_pairs(state, [](uint32_t n) { return efence().allocate(sizeof(int), n); }, [](void *p) { efence().release(p); });
+  run_pairs(
+      state, [](uint32_t n) { return efence().allocate(sizeof(int), n); },
+      [](void *p) { efence().release(p); });
 }
 BENCHMARK(BM_EfencePairs);
 #endif
 
 void BM_MallocPairs(benchmark::State &state) {
-  run_pairs(state, [](uint32_t n) { return std::malloc(n); }, [](void *p) { std::free(p); });
+  run_pairs(
+      state, [](uint32_t n) { return std::malloc(n); }, [](void *p) { std::free(p); });
 }
 BENCHMARK(BM_MallocPairs);
 

@@ -41,7 +41,8 @@ void BM_KorutlSaferDecrypt(benchmark::State &state, int32_t mode) {
   const std::vector<uint8_t> plain = sample(n);
   std::vector<uint8_t> sealed(n + 16);
   uint32_t sealed_len = 0;
-  KORVOSaferCrypt(mode - 1, plain.data(), static_cast<uint32_t>(n), sealed.data(), &sealed_len, kKeyText);
+  KORVOSaferCrypt(mode - 1, plain.data(), static_cast<uint32_t>(n), sealed.data(), &sealed_len,
+                  kKeyText);
   std::vector<uint8_t> out(n + 16);
   uint32_t len = 0;
   for (auto _ : state) {
@@ -80,10 +81,22 @@ void BM_CryptoppSaferCbc(benchmark::State &state) {
 using CryptoPP::CBC_Mode;
 using CryptoPP::SAFER_K;
 using CryptoPP::SAFER_SK;
-BENCHMARK_TEMPLATE(BM_CryptoppSaferCbc, CBC_Mode<SAFER_K>::Encryption)->Arg(64)->Arg(1024)->Arg(8000);
-BENCHMARK_TEMPLATE(BM_CryptoppSaferCbc, CBC_Mode<SAFER_SK>::Encryption)->Arg(64)->Arg(1024)->Arg(8000);
-BENCHMARK_TEMPLATE(BM_CryptoppSaferCbc, CBC_Mode<SAFER_K>::Decryption)->Arg(64)->Arg(1024)->Arg(8000);
-BENCHMARK_TEMPLATE(BM_CryptoppSaferCbc, CBC_Mode<SAFER_SK>::Decryption)->Arg(64)->Arg(1024)->Arg(8000);
+BENCHMARK_TEMPLATE(BM_CryptoppSaferCbc, CBC_Mode<SAFER_K>::Encryption)
+    ->Arg(64)
+    ->Arg(1024)
+    ->Arg(8000);
+BENCHMARK_TEMPLATE(BM_CryptoppSaferCbc, CBC_Mode<SAFER_SK>::Encryption)
+    ->Arg(64)
+    ->Arg(1024)
+    ->Arg(8000);
+BENCHMARK_TEMPLATE(BM_CryptoppSaferCbc, CBC_Mode<SAFER_K>::Decryption)
+    ->Arg(64)
+    ->Arg(1024)
+    ->Arg(8000);
+BENCHMARK_TEMPLATE(BM_CryptoppSaferCbc, CBC_Mode<SAFER_SK>::Decryption)
+    ->Arg(64)
+    ->Arg(1024)
+    ->Arg(8000);
 #endif
 
 }  // namespace

@@ -21,7 +21,8 @@ constexpr MatchCase kTypical[] = {
 
 void BM_Korutl_MatchTypical(benchmark::State &state) {
   for (auto _ : state) {
-    for (const MatchCase &c : kTypical) benchmark::DoNotOptimize(KORVOStrMatchesPattern(c.text, c.pattern, 0));
+    for (const MatchCase &c : kTypical)
+      benchmark::DoNotOptimize(KORVOStrMatchesPattern(c.text, c.pattern, 0));
   }
   state.SetItemsProcessed(state.iterations() * 4);
 }
@@ -38,7 +39,8 @@ BENCHMARK(BM_Fnmatch_MatchTypical);
 void BM_Korutl_Match20Asterisks(benchmark::State &state) {
   const std::string text(200, 'a');
   const std::string pattern = std::string(20, '*') + "b";
-  for (auto _ : state) benchmark::DoNotOptimize(KORVOStrMatchesPattern(text.c_str(), pattern.c_str(), 0));
+  for (auto _ : state)
+    benchmark::DoNotOptimize(KORVOStrMatchesPattern(text.c_str(), pattern.c_str(), 0));
 }
 BENCHMARK(BM_Korutl_Match20Asterisks);
 

@@ -63,7 +63,8 @@ void BM_Korutl_Utf8ToUtf16(benchmark::State &state) {
   for (auto _ : state) {
     const auto *s = reinterpret_cast<const uint8_t *>(text.data());
     uint16_t *t = out.data();
-    benchmark::DoNotOptimize(KORVOConvertUTF8toUTF16(&s, s + text.size(), &t, out.data() + out.size()));
+    benchmark::DoNotOptimize(
+        KORVOConvertUTF8toUTF16(&s, s + text.size(), &t, out.data() + out.size()));
   }
   label(state, text.size());
 }
@@ -75,7 +76,8 @@ void BM_Korutl_Utf16ToUtf8(benchmark::State &state) {
   for (auto _ : state) {
     const uint16_t *s = in.data();
     uint8_t *t = out.data();
-    benchmark::DoNotOptimize(KORVOConvertUTF16toUTF8(&s, s + in.size(), &t, out.data() + out.size()));
+    benchmark::DoNotOptimize(
+        KORVOConvertUTF16toUTF8(&s, s + in.size(), &t, out.data() + out.size()));
   }
   label(state, text.size());
 }
@@ -86,7 +88,8 @@ void BM_Korutl_Utf8ToUcs4(benchmark::State &state) {
   for (auto _ : state) {
     const auto *s = reinterpret_cast<const uint8_t *>(text.data());
     uint32_t *t = out.data();
-    benchmark::DoNotOptimize(KORVOConvertUTF8toUCS4(&s, s + text.size(), &t, out.data() + out.size()));
+    benchmark::DoNotOptimize(
+        KORVOConvertUTF8toUCS4(&s, s + text.size(), &t, out.data() + out.size()));
   }
   label(state, text.size());
 }

@@ -77,10 +77,18 @@ KORUTL_API void KORVOCSPrepareBinaryBuffer(int32_t mode, const void *input, int3
   const auto *in_text = static_cast<const char *>(input);
   auto *out_bytes = static_cast<uint8_t *>(output);
   switch (mode) {
-    case 2: bytes_to_hex(in_bytes, input_length, out_text, output_length); break;
-    case -2: hex_to_bytes(in_text, input_length, out_bytes, output_length); break;
-    case 1: bytes_to_prefixed(in_bytes, input_length, out_text, output_length); break;
-    default: prefixed_to_bytes(in_text, input_length, out_bytes, output_length); break;
+    case 2:
+      bytes_to_hex(in_bytes, input_length, out_text, output_length);
+      break;
+    case -2:
+      hex_to_bytes(in_text, input_length, out_bytes, output_length);
+      break;
+    case 1:
+      bytes_to_prefixed(in_bytes, input_length, out_text, output_length);
+      break;
+    default:
+      prefixed_to_bytes(in_text, input_length, out_bytes, output_length);
+      break;
   }
 }
 

@@ -5,8 +5,8 @@
 
 namespace korutl::safer {
 
-using detail::EXP;
 using detail::add;
+using detail::EXP;
 using detail::rotl;
 
 void expand_key(const uint8_t key_a[kBlockSize], const uint8_t key_b[kBlockSize], int rounds,

@@ -21,12 +21,19 @@ struct ModeInfo {
 
 ModeInfo mode_info(int32_t mode) {
   switch (mode) {
-    case 1: case 5: return {true, false, 6};
-    case 2: return {false, true, 8};
-    case 3: return {true, true, 8};
-    case 6: return {false, true, 6};
-    case 7: return {true, true, 6};
-    default: return {false, false, 6};
+    case 1:
+    case 5:
+      return {true, false, 6};
+    case 2:
+      return {false, true, 8};
+    case 3:
+      return {true, true, 8};
+    case 6:
+      return {false, true, 6};
+    case 7:
+      return {true, true, 6};
+    default:
+      return {false, false, 6};
   }
 }
 
@@ -55,7 +62,8 @@ inline void xor_block(uint8_t *dst, const uint8_t *src) {
 
 // CBC over the zero-padded input, then the length block. `out` holds
 // 8 * ceil(n / 8) + 8 bytes.
-uint32_t encrypt_buffer(const uint8_t *in, uint32_t n, const safer::Schedule schedule, uint8_t *out) {
+uint32_t encrypt_buffer(const uint8_t *in, uint32_t n, const safer::Schedule schedule,
+                        uint8_t *out) {
   uint8_t chain[safer::kBlockSize] = {};
   uint32_t written = 0;
   for (uint32_t pos = 0; pos < n; pos += safer::kBlockSize) {
@@ -70,7 +78,8 @@ uint32_t encrypt_buffer(const uint8_t *in, uint32_t n, const safer::Schedule sch
   }
   uint64_t bits = static_cast<uint64_t>(n) * 8;
   uint8_t block[safer::kBlockSize];
-  for (int j = 0; j < safer::kBlockSize; ++j, bits >>= 8) block[j] = static_cast<uint8_t>(bits & 0xFF);
+  for (int j = 0; j < safer::kBlockSize; ++j, bits >>= 8)
+    block[j] = static_cast<uint8_t>(bits & 0xFF);
   xor_block(block, chain);
   safer::encrypt_block(block, schedule);
   std::memcpy(out + written, block, sizeof block);
@@ -128,7 +137,8 @@ KORUTL_API int32_t KORVOSaferCrypt(int32_t mode, const uint8_t *input, uint32_t 
   const uint8_t *key_a = number;
   const uint8_t *key_b = long_key ? number + 8 : number;
   safer::Schedule schedule;
-  safer::expand_key(key_a, key_b, long_key ? 10 : info.short_key_rounds, info.strengthened, schedule);
+  safer::expand_key(key_a, key_b, long_key ? 10 : info.short_key_rounds, info.strengthened,
+                    schedule);
 
   uint8_t work[kMaxOutput];
   uint32_t result_length = 0;

@@ -31,7 +31,7 @@ class StackLock {
   bool held_;
 };
 
-#define LOCK_OR_RETURN(stack, failure)   \
+#define LOCK_OR_RETURN(stack, failure)     \
   StackLock lock_guard((stack), __LINE__); \
   if (!lock_guard) return (failure)
 

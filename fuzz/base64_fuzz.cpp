@@ -18,7 +18,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   if (size == 0) return 0;
   std::vector<char> text((size + 2) / 3 * 4 + 1);
   const int32_t chars = KORVOBase64Crypt(1, data, text.data(), n);
-  if (chars != static_cast<int32_t>(text.size()) - 1 || text[static_cast<size_t>(chars)] != 0) std::abort();
+  if (chars != static_cast<int32_t>(text.size()) - 1 || text[static_cast<size_t>(chars)] != 0)
+    std::abort();
   std::vector<uint8_t> back(static_cast<size_t>(chars) / 4 * 3 + 1);
   if (KORVOBase64Crypt(0, text.data(), back.data(), chars) < n) std::abort();
   if (std::memcmp(back.data(), data, size) != 0) std::abort();

@@ -36,11 +36,11 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   const std::string text = all.substr(0, all.find('\0'));
   const bool has_further = text.size() < all.size();
   const std::string further = has_further ? all.substr(text.size() + 1) : std::string();
-  KORVOObjectId *id = has_further
-                          ? KORVOStrCreateObjectId(text.c_str(), further.c_str(), nullptr)
-                          : KORVOStrCreateObjectId(text.c_str(), nullptr);
+  KORVOObjectId *id = has_further ? KORVOStrCreateObjectId(text.c_str(), further.c_str(), nullptr)
+                                  : KORVOStrCreateObjectId(text.c_str(), nullptr);
   if (id == nullptr) std::abort();
-  if (has_further && std::strcmp(KORVOStrGetPart(id, id->numberOfParts - 1), further.c_str()) != 0) {
+  if (has_further &&
+      std::strcmp(KORVOStrGetPart(id, id->numberOfParts - 1), further.c_str()) != 0) {
     std::abort();
   }
   KORVOObjectId *copy = KORVOStrCopyObjectId(id);

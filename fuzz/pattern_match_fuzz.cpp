@@ -12,7 +12,8 @@
 namespace {
 
 unsigned char fold(unsigned char c, bool ignore_case) {
-  return ignore_case && c < 128 && std::isupper(c) ? static_cast<unsigned char>(std::tolower(c)) : c;
+  return ignore_case && c < 128 && std::isupper(c) ? static_cast<unsigned char>(std::tolower(c))
+                                                   : c;
 }
 
 bool reference(const char *t, const char *p, bool ignore_case) {
@@ -47,7 +48,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   // Keeps the exponential reference quick.
   if (std::count(pattern.begin(), pattern.end(), '*') > 5) return 0;
   const bool want = reference(text.c_str(), pattern.c_str(), ignore_case);
-  const bool got = KORVOStrMatchesPattern(text.c_str(), pattern.c_str(), ignore_case ? 0x11 : 0x100) != 0;
+  const bool got =
+      KORVOStrMatchesPattern(text.c_str(), pattern.c_str(), ignore_case ? 0x11 : 0x100) != 0;
   if (want != got) std::abort();
   return 0;
 }

@@ -19,9 +19,11 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     KORVOCSPrepareBinaryBuffer(1, out.data(), static_cast<int32_t>(len), text.data(), &text_len);
     std::vector<uint8_t> back(256);
     uint32_t back_len = 0;
-    KORVOCSPrepareBinaryBuffer(-1, text.data(), static_cast<int32_t>(text_len), back.data(), &back_len);
+    KORVOCSPrepareBinaryBuffer(-1, text.data(), static_cast<int32_t>(text_len), back.data(),
+                               &back_len);
     if (back_len != len) std::abort();
-    for (uint32_t i = 0; i < len; ++i) if (back[i] != out[i]) std::abort();
+    for (uint32_t i = 0; i < len; ++i)
+      if (back[i] != out[i]) std::abort();
   }
   return 0;
 }

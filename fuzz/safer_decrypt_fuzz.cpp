@@ -15,7 +15,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   // length; then the key text, then the ciphertext.
   const int32_t mode = (data[0] % 4) * 2 + 1;
   const size_t key_len = data[1] % 40 < size - 2 ? data[1] % 40 : size - 2;
-  const std::string key(reinterpret_cast<const char *>(data + 2), key_len);  // may hold zeros: text ends there
+  const std::string key(reinterpret_cast<const char *>(data + 2),
+                        key_len);  // may hold zeros: text ends there
   const uint8_t *in = data + 2 + key_len;
   const auto n = static_cast<uint32_t>(size - 2 - key_len);
 
@@ -25,11 +26,13 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   const int32_t ok = KORVOSaferCrypt(mode, in, n, out, &len, key.c_str());
   if (ok == 0) {
     if (len != 0x12345678) std::abort();
-    for (uint8_t b : out) if (b != 0xA5) std::abort();
+    for (uint8_t b : out)
+      if (b != 0xA5) std::abort();
     return 0;
   }
   if (n < 8 || len > n - 8) std::abort();
-  for (size_t i = len; i < sizeof out; ++i) if (out[i] != 0xA5) std::abort();
+  for (size_t i = len; i < sizeof out; ++i)
+    if (out[i] != 0xA5) std::abort();
 
   static uint8_t again[8300];
   uint32_t again_len = 0;

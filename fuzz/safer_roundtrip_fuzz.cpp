@@ -22,18 +22,21 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
 
   static uint8_t sealed[8200];
   uint32_t sealed_len = 0;
-  const int32_t ok = KORVOSaferCrypt(encrypt_mode, in, static_cast<uint32_t>(n), sealed, &sealed_len, key.c_str());
+  const int32_t ok =
+      KORVOSaferCrypt(encrypt_mode, in, static_cast<uint32_t>(n), sealed, &sealed_len, key.c_str());
   bool key_valid = true;
   for (const char c : key) {
     if (c == 0) break;
-    if (static_cast<unsigned char>(c) < 32 || static_cast<unsigned char>(c) > 126) key_valid = false;
+    if (static_cast<unsigned char>(c) < 32 || static_cast<unsigned char>(c) > 126)
+      key_valid = false;
   }
   if (ok != (key_valid ? 1 : 0)) std::abort();
   if (!ok) return 0;
   if (sealed_len != (n + 7) / 8 * 8 + 8) std::abort();
   static uint8_t back[8200];
   uint32_t back_len = 0;
-  if (KORVOSaferCrypt(decrypt_mode, sealed, sealed_len, back, &back_len, key.c_str()) != 1) std::abort();
+  if (KORVOSaferCrypt(decrypt_mode, sealed, sealed_len, back, &back_len, key.c_str()) != 1)
+    std::abort();
   if (back_len != n || (n > 0 && std::memcmp(back, in, n) != 0)) std::abort();
   return 0;
 }

@@ -22,7 +22,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   char *quoted = KORVOStrGetQuotedJSString(allocated, nullptr, 0);
   char *back = KORVOStrGetUnquotedJSString(quoted, nullptr);
   // A carriage return is quoted as backslash-r, which reads back as 'r'.
-  if (std::strchr(allocated, '\r') == nullptr && (back == nullptr || std::strcmp(back, allocated) != 0)) {
+  if (std::strchr(allocated, '\r') == nullptr &&
+      (back == nullptr || std::strcmp(back, allocated) != 0)) {
     std::abort();
   }
   std::free(back);

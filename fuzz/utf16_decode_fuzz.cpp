@@ -31,11 +31,11 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   if (u32 != u32_small || r32 != r32_small || c32 != c32_small) std::abort();
   if (r8 != CONV_OK || r32 != CONV_OK || c8 != n || c32 != n) std::abort();
 
-  const auto via_utf8 =
-      converted_in_pieces(KORVOConvertUTF8toUCS4, u8.data(), u8.size(), u8.size() + 1, via_result, via_consumed);
+  const auto via_utf8 = converted_in_pieces(KORVOConvertUTF8toUCS4, u8.data(), u8.size(),
+                                            u8.size() + 1, via_result, via_consumed);
   if (via_result != CONV_OK || via_utf8 != u32) std::abort();
-  const auto back =
-      converted_in_pieces(KORVOConvertUCS4toUTF16, u32.data(), u32.size(), small, back_result, back_consumed);
+  const auto back = converted_in_pieces(KORVOConvertUCS4toUTF16, u32.data(), u32.size(), small,
+                                        back_result, back_consumed);
   if (back_result != CONV_OK || back != units) std::abort();
   return 0;
 }

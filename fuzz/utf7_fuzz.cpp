@@ -23,14 +23,15 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     std::vector<uint8_t> text(in.size() * 5 + 1);
     const uint16_t *usrc = in.data();
     uint8_t *tdst = text.data();
-    if (KORVOConvertUCS2toUTF7(&usrc, in.data() + in.size(), &tdst, text.data() + text.size(), flags & 1,
-                               flags & 2) != CONV_OK) {
+    if (KORVOConvertUCS2toUTF7(&usrc, in.data() + in.size(), &tdst, text.data() + text.size(),
+                               flags & 1, flags & 2) != CONV_OK) {
       std::abort();
     }
     std::vector<uint16_t> back(in.size() + 1);
     const uint8_t *tsrc = text.data();
     uint16_t *bdst = back.data();
-    if (KORVOConvertUTF7toUCS2(&tsrc, tdst, &bdst, back.data() + back.size()) != CONV_OK) std::abort();
+    if (KORVOConvertUTF7toUCS2(&tsrc, tdst, &bdst, back.data() + back.size()) != CONV_OK)
+      std::abort();
     if (static_cast<size_t>(bdst - back.data()) != in.size()) std::abort();
     if (!in.empty() && std::memcmp(back.data(), in.data(), in.size() * 2) != 0) std::abort();
   }

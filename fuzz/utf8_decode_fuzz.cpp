@@ -16,9 +16,11 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   int32_t r16, r16_small, r32, r32_small;
   size_t c16, c16_small, c32, c32_small;
   const auto u16 = converted_in_pieces(KORVOConvertUTF8toUTF16, data, size, size * 2 + 2, r16, c16);
-  const auto u16_small = converted_in_pieces(KORVOConvertUTF8toUTF16, data, size, small, r16_small, c16_small);
+  const auto u16_small =
+      converted_in_pieces(KORVOConvertUTF8toUTF16, data, size, small, r16_small, c16_small);
   const auto u32 = converted_in_pieces(KORVOConvertUTF8toUCS4, data, size, size + 1, r32, c32);
-  const auto u32_small = converted_in_pieces(KORVOConvertUTF8toUCS4, data, size, small, r32_small, c32_small);
+  const auto u32_small =
+      converted_in_pieces(KORVOConvertUTF8toUCS4, data, size, small, r32_small, c32_small);
   if (u16 != u16_small || r16 != r16_small || c16 != c16_small) std::abort();
   if (u32 != u32_small || r32 != r32_small || c32 != c32_small) std::abort();
   if (r16 != r32 || c16 != c32) std::abort();

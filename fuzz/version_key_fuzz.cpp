@@ -1,9 +1,9 @@
 // The version key of any name must equal one computed the long way: the
 // name's first four digit runs, each read in full precision and capped at
 // 32 bits, combined modulo 2^32.
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <algorithm>
 #include <cstdlib>
 #include <string>
 
@@ -20,10 +20,12 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
       if (found == 4) break;
       ++found;
     }
-    if (digit) part[found - 1] = std::min<uint64_t>(part[found - 1] * 10 + (data[i] - '0'), UINT32_MAX);
+    if (digit)
+      part[found - 1] = std::min<uint64_t>(part[found - 1] * 10 + (data[i] - '0'), UINT32_MAX);
     in_run = digit;
   }
-  const uint32_t expected = static_cast<uint32_t>(((part[0] * 100 + part[1]) * 1000 + part[2]) * 1000 + part[3]);
+  const uint32_t expected =
+      static_cast<uint32_t>(((part[0] * 100 + part[1]) * 1000 + part[2]) * 1000 + part[3]);
   if (korutl::cfg::VersionSortKey(name.c_str()) != expected) std::abort();
   return 0;
 }

@@ -23,13 +23,13 @@
 #include <stdint.h>
 
 #if defined(_WIN32)
-#  if defined(KORUTL_BUILDING)
-#    define KORUTL_API __declspec(dllexport)
-#  else
-#    define KORUTL_API __declspec(dllimport)
-#  endif
+#if defined(KORUTL_BUILDING)
+#define KORUTL_API __declspec(dllexport)
 #else
-#  define KORUTL_API __attribute__((visibility("default")))
+#define KORUTL_API __declspec(dllimport)
+#endif
+#else
+#define KORUTL_API __attribute__((visibility("default")))
 #endif
 
 #ifdef __cplusplus
@@ -82,8 +82,8 @@ KORUTL_API const char *KORVOUtlGetLibFileName(void);
  * ------------------------------------------------------------------------ */
 
 /* Codes of KORVOHex2Int and KORVOChar2Int beside the digit values. */
-#define KORVO_DIGIT_END     95 /* the terminating zero byte */
-#define KORVO_DIGIT_COLON   96 /* the colon (KORVOHex2Int only) */
+#define KORVO_DIGIT_END 95     /* the terminating zero byte */
+#define KORVO_DIGIT_COLON 96   /* the colon (KORVOHex2Int only) */
 #define KORVO_DIGIT_INVALID 97 /* any character that is no digit */
 
 /* Hexadecimal digit: 0-9, a-f and A-F give 0 to 15; the zero byte gives
@@ -115,15 +115,14 @@ KORUTL_API uint8_t KORVOGetValueOfHexDigit(char c);
  * is too long. outValue must hold 1024 bytes; the copy is cut to 1023
  * characters. Null product, section or valueName give the default. Returns
  * 1 always. */
-KORUTL_API int32_t KORVOGetSetting(const char *product, const char *section,
-                                   const char *valueName, const char *defaultValue,
-                                   char *outValue);
+KORUTL_API int32_t KORVOGetSetting(const char *product, const char *section, const char *valueName,
+                                   const char *defaultValue, char *outValue);
 
 /* Stores value as a text setting, creating the key as needed. Returns 1
  * when written, 0 when an argument is null, the path or value is too long,
  * or the store cannot be written. */
-KORUTL_API int32_t KORVOSaveSetting(const char *product, const char *section,
-                                    const char *valueName, const char *value);
+KORUTL_API int32_t KORVOSaveSetting(const char *product, const char *section, const char *valueName,
+                                    const char *value);
 
 /* The setting Global\Install_Path of Halcyra ("" when unset) in out, which
  * must hold 1024 bytes. Returns out; null when out is null. */
@@ -140,9 +139,8 @@ KORUTL_API int32_t KORVOGetRegMode(char *outName);
  * out. out must hold the whole composed path and its zero. Returns out, or
  * null (out untouched) when out, basePath or fileName is null or memory
  * runs out. */
-KORUTL_API char *KORVOMakeLocalizedPath(char *out, const char *basePath,
-                                        uint8_t baseHasSeparator, const char *language,
-                                        const char *fileName);
+KORUTL_API char *KORVOMakeLocalizedPath(char *out, const char *basePath, uint8_t baseHasSeparator,
+                                        const char *language, const char *fileName);
 
 /* Installs the library's trace function (which writes each line to
  * standard error) in the registry service and the OS-services library,
@@ -273,7 +271,7 @@ KORUTL_API char *KORVOCfgGetProductConfig(const char *product, const char *value
 /* The value `valueName` of the key "Products\<product>\Versions\<version>",
  * as KORVOCfgGetProductConfig. Null when product or version is null. */
 KORUTL_API char *KORVOCfgGetProductVersionConfig(const char *product, const char *version,
-                                                  const char *valueName);
+                                                 const char *valueName);
 
 /* The value `valueName` of the agent key `agentKey` (a full path as
  * KORVOCfgLocateAgentKey returns it); when the agent has no such value,
@@ -297,7 +295,7 @@ KORUTL_API char *KORVOCfgGetAgentConfig(const char *agentKey, const char *valueN
  * would exceed 767 characters ends the search with null rather than
  * being skipped, as every over-long path of this family is refused. */
 KORUTL_API char *KORVOCfgGetProductVersionLatestValue(const char *product, const char *subkey,
-                                                       const char *valueName);
+                                                      const char *valueName);
 
 /* The instances of a product version (subkeys of its "Instances" key) as
  * a name list in version order, greatest instance key first (instances
@@ -574,8 +572,7 @@ KORUTL_API int32_t KORVOStrGetWordCount(const char *text, char separator);
  * adjacent separators enclose an empty field. An index past the last field
  * gives an empty word. A null text, null word or negative index returns 0
  * and writes nothing. `word` must hold strlen(text) + 1 bytes. */
-KORUTL_API uint32_t KORVOStrGetWord(const char *text, char *word, char separator,
-                                    int32_t index);
+KORUTL_API uint32_t KORVOStrGetWord(const char *text, char *word, char separator, int32_t index);
 
 /* Escapes backslash as "%5C" and space as "%20" (nothing else, the percent
  * sign included) and returns the number of characters escaped. With a null
@@ -687,8 +684,7 @@ KORUTL_API int32_t KORVOStrTrim(char *text);
  * written. `size` must be at least 3, and at least 5 when `text` may be
  * null; a smaller size returns null and writes nothing. Returns the buffer
  * holding the result, or null when memory is exhausted. */
-KORUTL_API char *KORVOStrGetQuotedString(const char *text, char *buffer, uint32_t size,
-                                         char quote);
+KORUTL_API char *KORVOStrGetQuotedString(const char *text, char *buffer, uint32_t size, char quote);
 
 /* KORVOStrGetQuotedString with the apostrophe as quote. */
 KORUTL_API char *KORVOStrGetQuotedJSString(const char *text, char *buffer, uint32_t size);

@@ -134,17 +134,19 @@ uint32_t memtab_print(const char *title) {
     // The whole address, padded to the 8 digits a 32-bit one has: cut to
     // its low half, two blocks could read alike.
     std::fprintf(output(), "Addr:%8" PRIxPTR " Size:%6u Line:%4d File : %s\n",
-                 reinterpret_cast<uintptr_t>(cb->address),
-                 static_cast<unsigned>(cb->size), static_cast<int>(cb->line), cb->file);
+                 reinterpret_cast<uintptr_t>(cb->address), static_cast<unsigned>(cb->size),
+                 static_cast<int>(cb->line), cb->file);
     ++printed;
   }
   if (printed == 0) std::fputs("*** Memory table empty ***\n", output());
   const Totals &totals = totals_locked();
   std::fprintf(output(), "No. of curr./all/max allocated items: %13lu %13lu %13lu\n",
-               static_cast<unsigned long>(totals.current_items), static_cast<unsigned long>(totals.all_items),
+               static_cast<unsigned long>(totals.current_items),
+               static_cast<unsigned long>(totals.all_items),
                static_cast<unsigned long>(totals.maximum_items));
   std::fprintf(output(), "No. of curr./all/max allocated bytes: %13lu %13lu %13lu\n",
-               static_cast<unsigned long>(totals.current_bytes), static_cast<unsigned long>(totals.all_bytes),
+               static_cast<unsigned long>(totals.current_bytes),
+               static_cast<unsigned long>(totals.all_bytes),
                static_cast<unsigned long>(totals.maximum_bytes));
   shell_unlock();
   std::FILE *out = output();

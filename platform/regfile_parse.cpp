@@ -20,7 +20,8 @@ struct Line {
 };
 
 bool decode(std::string_view file, std::string &text) {
-  if (file.size() >= 2 && static_cast<uint8_t>(file[0]) == 0xFF && static_cast<uint8_t>(file[1]) == 0xFE)
+  if (file.size() >= 2 && static_cast<uint8_t>(file[0]) == 0xFF &&
+      static_cast<uint8_t>(file[1]) == 0xFE)
     return utf16le_to_utf8(file.substr(2), text);
   if (file.size() >= 3 && file.substr(0, 3) == "\xEF\xBB\xBF") file.remove_prefix(3);
   text.assign(file);
@@ -92,7 +93,8 @@ bool hex_bytes(std::string_view s, std::string &out) {
 bool value_data(const std::string &s, size_t pos, store::Value &v) {
   if (pos < s.size() && s[pos] == '"') {
     ++pos;
-    if (!quoted(s, pos, v.data) || s.find_first_not_of(" \t", pos) != std::string::npos) return false;
+    if (!quoted(s, pos, v.data) || s.find_first_not_of(" \t", pos) != std::string::npos)
+      return false;
     v.type = store::type_sz;
     v.data.push_back('\0');
     return true;
@@ -100,7 +102,8 @@ bool value_data(const std::string &s, size_t pos, store::Value &v) {
   const std::string_view rest(s.data() + pos, s.size() - pos);
   if (rest.substr(0, 6) == "dword:") {
     const std::string digits(rest.substr(6));
-    if (digits.size() != 8 || digits.find_first_not_of("0123456789abcdefABCDEF") != std::string::npos)
+    if (digits.size() != 8 ||
+        digits.find_first_not_of("0123456789abcdefABCDEF") != std::string::npos)
       return false;
     const uint32_t d = static_cast<uint32_t>(std::strtoul(digits.c_str(), nullptr, 16));
     v.type = store::type_dword;

@@ -53,7 +53,11 @@ bool utf8_to_utf16le(std::string_view in, std::string &out) {
   out.clear();
   for (size_t i = 0; i < in.size();) {
     const uint8_t b = static_cast<uint8_t>(in[i]);
-    const int extra = b < 0x80 ? 0 : (b >> 5) == 6 ? 1 : (b >> 4) == 14 ? 2 : (b >> 3) == 30 ? 3 : -1;
+    const int extra = b < 0x80         ? 0
+                      : (b >> 5) == 6  ? 1
+                      : (b >> 4) == 14 ? 2
+                      : (b >> 3) == 30 ? 3
+                                       : -1;
     if (extra < 0 || in.size() - i <= static_cast<size_t>(extra)) return false;
     uint32_t c = extra == 0 ? b : b & (0x3F >> extra);
     for (int k = 1; k <= extra; ++k) {

@@ -112,8 +112,9 @@ Status write(std::string_view path, bool may_create, Body body) {
 
 std::string column_bytes(sqlite3_stmt *row, int i) {
   const void *bytes = sqlite3_column_blob(row, i);
-  return bytes == nullptr ? std::string()
-                          : std::string(static_cast<const char *>(bytes), sqlite3_column_bytes(row, i));
+  return bytes == nullptr
+             ? std::string()
+             : std::string(static_cast<const char *>(bytes), sqlite3_column_bytes(row, i));
 }
 
 // Runs `sql` (with the key's id as ?1) and hands each row to `on_row`.
@@ -212,12 +213,11 @@ Status list_subkeys(std::string_view path, std::vector<std::string> &names) {
 
 Status list_values(std::string_view path, std::vector<Value> &values) {
   values.clear();
-  return for_each_row(path, "SELECT name, type, data FROM vals WHERE key = ?1 ORDER BY id",
-                      [&](sqlite3_stmt *row) {
-                        values.push_back({column_bytes(row, 0),
-                                          static_cast<uint32_t>(sqlite3_column_int64(row, 1)),
-                                          column_bytes(row, 2)});
-                      });
+  return for_each_row(
+      path, "SELECT name, type, data FROM vals WHERE key = ?1 ORDER BY id", [&](sqlite3_stmt *row) {
+        values.push_back({column_bytes(row, 0), static_cast<uint32_t>(sqlite3_column_int64(row, 1)),
+                          column_bytes(row, 2)});
+      });
 }
 
 Status write_batch(const std::vector<KeyRecord> &records) {

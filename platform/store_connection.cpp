@@ -142,8 +142,8 @@ sqlite3 *connection(bool for_write, Status &status) {
     sqlite3 *db = nullptr;
     ~Opened() { sqlite3_close_v2(db); }
   } opened;
-  const int flags = SQLITE_OPEN_READWRITE | (for_write ? SQLITE_OPEN_CREATE : 0) |
-                    SQLITE_OPEN_NOMUTEX;
+  const int flags =
+      SQLITE_OPEN_READWRITE | (for_write ? SQLITE_OPEN_CREATE : 0) | SQLITE_OPEN_NOMUTEX;
   if (sqlite3_open_v2(file.c_str(), &opened.db, flags, nullptr) != SQLITE_OK ||
       !set_up(opened.db)) {
     set_error(file + ": " + (opened.db != nullptr ? sqlite3_errmsg(opened.db) : "cannot open"));

@@ -9,9 +9,9 @@
 // written. Texts pass through the "A" functions, i.e. the ANSI code page.
 #include <windows.h>
 
+#include <strings.h>
 #include <algorithm>
 #include <cstring>
-#include <strings.h>
 
 #include "platform/store.h"
 #include "platform/store_path.h"
@@ -28,8 +28,8 @@ struct Root {
   HKEY key;
 };
 const Root kRoots[] = {
-    {"HKEY_LOCAL_MACHINE", HKEY_LOCAL_MACHINE}, {"HKEY_CURRENT_USER", HKEY_CURRENT_USER},
-    {"HKEY_CLASSES_ROOT", HKEY_CLASSES_ROOT},   {"HKEY_USERS", HKEY_USERS},
+    {"HKEY_LOCAL_MACHINE", HKEY_LOCAL_MACHINE},   {"HKEY_CURRENT_USER", HKEY_CURRENT_USER},
+    {"HKEY_CLASSES_ROOT", HKEY_CLASSES_ROOT},     {"HKEY_USERS", HKEY_USERS},
     {"HKEY_CURRENT_CONFIG", HKEY_CURRENT_CONFIG},
 };
 
@@ -110,9 +110,9 @@ Status check_value(std::string_view name, std::string_view data) {
 
 Status set_in(HKEY key, const std::string &name, uint32_t type, std::string_view data) {
   if (const Status st = check_value(name, data); st != Status::ok) return st;
-  const LONG rc = RegSetValueExA(key, name.c_str(), 0, type,
-                                 reinterpret_cast<const BYTE *>(data.data()),
-                                 static_cast<DWORD>(data.size()));
+  const LONG rc =
+      RegSetValueExA(key, name.c_str(), 0, type, reinterpret_cast<const BYTE *>(data.data()),
+                     static_cast<DWORD>(data.size()));
   return rc == ERROR_SUCCESS ? Status::ok : failure(rc);
 }
 
@@ -206,7 +206,9 @@ Status delete_value(std::string_view path, std::string_view name) {
   return rc == ERROR_SUCCESS ? Status::ok : failure(rc, Status::no_value);
 }
 
-Status create_key(std::string_view path, bool *created) { return create_in(path, nullptr, created); }
+Status create_key(std::string_view path, bool *created) {
+  return create_in(path, nullptr, created);
+}
 
 Status delete_key(std::string_view path) {
   OpenKey key;

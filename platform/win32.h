@@ -83,18 +83,17 @@ using LPSECURITY_ATTRIBUTES = void *;
 // Opens an existing key below hKey (HKEY_LOCAL_MACHINE or an open key);
 // ERROR_FILE_NOT_FOUND when it is missing. The access mask is recorded:
 // a key opened without KEY_SET_VALUE refuses RegSetValueExA.
-LONG RegOpenKeyExA(HKEY hKey, LPCSTR lpSubKey, DWORD ulOptions, REGSAM samDesired,
-                   PHKEY phkResult);
+LONG RegOpenKeyExA(HKEY hKey, LPCSTR lpSubKey, DWORD ulOptions, REGSAM samDesired, PHKEY phkResult);
 // Reads a value; lpcbData is the capacity in, the size out. Too small a
 // buffer gives ERROR_MORE_DATA with the needed size.
 LONG RegQueryValueExA(HKEY hKey, LPCSTR lpValueName, LPDWORD lpReserved, LPDWORD lpType,
                       LPBYTE lpData, LPDWORD lpcbData);
 // Opens or creates the key and its missing parents.
 LONG RegCreateKeyExA(HKEY hKey, LPCSTR lpSubKey, DWORD Reserved, LPSTR lpClass, DWORD dwOptions,
-                     REGSAM samDesired, LPSECURITY_ATTRIBUTES lpSecurityAttributes,
-                     PHKEY phkResult, LPDWORD lpdwDisposition);
-LONG RegSetValueExA(HKEY hKey, LPCSTR lpValueName, DWORD Reserved, DWORD dwType,
-                    const BYTE *lpData, DWORD cbData);
+                     REGSAM samDesired, LPSECURITY_ATTRIBUTES lpSecurityAttributes, PHKEY phkResult,
+                     LPDWORD lpdwDisposition);
+LONG RegSetValueExA(HKEY hKey, LPCSTR lpValueName, DWORD Reserved, DWORD dwType, const BYTE *lpData,
+                    DWORD cbData);
 LONG RegCloseKey(HKEY hKey);
 
 // ---- Memory and error box (platform/win32_memory.cpp) ---------------------

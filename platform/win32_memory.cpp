@@ -57,10 +57,14 @@ size_t page_size() {
 
 int posix_protection(DWORD protect) {
   switch (protect) {
-    case PAGE_READWRITE: return PROT_READ | PROT_WRITE;
-    case PAGE_READONLY: return PROT_READ;
-    case PAGE_NOACCESS: return PROT_NONE;
-    default: return -1;
+    case PAGE_READWRITE:
+      return PROT_READ | PROT_WRITE;
+    case PAGE_READONLY:
+      return PROT_READ;
+    case PAGE_NOACCESS:
+      return PROT_NONE;
+    default:
+      return -1;
   }
 }
 
@@ -110,8 +114,9 @@ void GetSystemInfo(LPSYSTEM_INFO info) {
   info->lpMaximumApplicationAddress = reinterpret_cast<LPVOID>((uintptr_t{1} << 47) - page_size());
   long cpus = sysconf(_SC_NPROCESSORS_ONLN);
   info->dwNumberOfProcessors = cpus > 0 ? static_cast<DWORD>(cpus) : 1;
-  info->dwActiveProcessorMask =
-      info->dwNumberOfProcessors >= 64 ? ~DWORD_PTR{0} : (DWORD_PTR{1} << info->dwNumberOfProcessors) - 1;
+  info->dwActiveProcessorMask = info->dwNumberOfProcessors >= 64
+                                    ? ~DWORD_PTR{0}
+                                    : (DWORD_PTR{1} << info->dwNumberOfProcessors) - 1;
   info->dwAllocationGranularity = static_cast<DWORD>(page_size());
 }
 
@@ -119,17 +124,20 @@ LPVOID VirtualAlloc(LPVOID address, SIZE_T size, DWORD allocation_type, DWORD pr
   const size_t page = page_size();
   const bool commit = (allocation_type & MEM_COMMIT) != 0;
   if (address != nullptr || size == 0 || size > (size_t{1} << 46)) return nullptr;
-  if ((allocation_type & ~(MEM_COMMIT | MEM_RESERVE)) != 0 || (allocation_type == 0)) return nullptr;
+  if ((allocation_type & ~(MEM_COMMIT | MEM_RESERVE)) != 0 || (allocation_type == 0))
+    return nullptr;
   const int prot = posix_protection(protect);
   if (prot < 0) return nullptr;
   const size_t pages = (size + page - 1) / page;
   RegionTable &t = table();
   std::lock_guard<std::mutex> lock(t.mutex);
   try {
-    Region region{pages, protect, std::vector<BYTE>(pages, commit ? static_cast<BYTE>(protect) : 0)};
+    Region region{pages, protect,
+                  std::vector<BYTE>(pages, commit ? static_cast<BYTE>(protect) : 0)};
     uintptr_t base = carve(t, pages * page);
     if (base == 0) return nullptr;
-    if (commit && prot != PROT_NONE && mprotect(reinterpret_cast<void *>(base), pages * page, prot) != 0)
+    if (commit && prot != PROT_NONE &&
+        mprotect(reinterpret_cast<void *>(base), pages * page, prot) != 0)
       return nullptr;  // the carved range just stays reserved
     t.regions.emplace(base, std::move(region));
     return reinterpret_cast<LPVOID>(base);
@@ -156,7 +164,8 @@ BOOL VirtualProtect(LPVOID address, SIZE_T size, DWORD new_protect, DWORD *old_p
     if (r.page_protect[i] == 0) return FALSE;  // not committed
   if (mprotect(reinterpret_cast<void *>(first), count * page, prot) != 0) return FALSE;
   if (old_protect != nullptr) *old_protect = r.page_protect[index];
-  std::fill_n(r.page_protect.begin() + static_cast<std::ptrdiff_t>(index), count, static_cast<BYTE>(new_protect));
+  std::fill_n(r.page_protect.begin() + static_cast<std::ptrdiff_t>(index), count,
+              static_cast<BYTE>(new_protect));
   return TRUE;
 }
 

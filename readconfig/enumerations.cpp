@@ -40,7 +40,8 @@ KORUTL_API void KORVOCfgEnumerate(const char *keyPath, KORVOCfgEnumCallback call
       for (uint16_t i = 0; i < written; ++i) {
         if (cfg::ValueNameWasCut(keyPath, names, i)) continue;  // not a name of this key
         uint16_t length = data_size;
-        if (rsv_get_value(keyPath, names[i], data, &length, cfg::prodcfg_module, __LINE__) == RSV_OK)
+        if (rsv_get_value(keyPath, names[i], data, &length, cfg::prodcfg_module, __LINE__) ==
+            RSV_OK)
           callback(names[i], data);
       }
     }

@@ -56,8 +56,9 @@ KORUTL_API uint8_t KORVOCfgRegisterLanguageFile(const char *product, const char 
 }
 
 KORUTL_API uint8_t KORVOCfgDeRegisterLanguageFile(const char *product, const char *version) {
-  return deregister_files("Languages", product, version,
-                          [](uint16_t status) -> uint8_t { return status == RSV_E_NO_KEY ? 0 : 1; });
+  return deregister_files("Languages", product, version, [](uint16_t status) -> uint8_t {
+    return status == RSV_E_NO_KEY ? 0 : 1;
+  });
 }
 
 KORUTL_API uint8_t KORVOCfgRegisterMessageFile(const char *product, const char *version,

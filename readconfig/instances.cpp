@@ -51,10 +51,12 @@ KORUTL_API char *KORVOCfgLocateAgentKey(const char *product, const char *agent) 
     char first[cfg::name_slot];
     char *slot = first;
     uint16_t one = 1;
-    if (rsv_enum_subkeys(instances, &slot, &one, cfg::prodcfg_module, __LINE__) != RSV_OK || one != 1)
+    if (rsv_enum_subkeys(instances, &slot, &one, cfg::prodcfg_module, __LINE__) != RSV_OK ||
+        one != 1)
       continue;
     char path[cfg::path_size];
-    if (!cfg::compose(path, sizeof path, cfg::agent_below_instances, instances, first, agent)) break;
+    if (!cfg::compose(path, sizeof path, cfg::agent_below_instances, instances, first, agent))
+      break;
     found = copy_if_key_exists(path);
   }
   KORVOCfgFreeProductVersions(versions);

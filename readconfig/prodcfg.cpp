@@ -44,12 +44,13 @@ KORUTL_API char *KORVOCfgGetValue(const char *keyPath, const char *valueName) {
 
 KORUTL_API char *KORVOCfgGetProductConfig(const char *product, const char *valueName) {
   char key[cfg::path_size];
-  if (product == nullptr || !cfg::compose(key, sizeof key, cfg::product_key, product)) return nullptr;
+  if (product == nullptr || !cfg::compose(key, sizeof key, cfg::product_key, product))
+    return nullptr;
   return KORVOCfgGetValue(key, valueName);
 }
 
 KORUTL_API char *KORVOCfgGetProductVersionConfig(const char *product, const char *version,
-                                                  const char *valueName) {
+                                                 const char *valueName) {
   char key[cfg::path_size];
   if (product == nullptr || version == nullptr ||
       !cfg::compose(key, sizeof key, cfg::version_key, product, version))

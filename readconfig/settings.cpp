@@ -31,9 +31,8 @@ void copy_out(char *out, const char *text) {
 
 extern "C" {
 
-KORUTL_API int32_t KORVOGetSetting(const char *product, const char *section,
-                                   const char *valueName, const char *defaultValue,
-                                   char *outValue) {
+KORUTL_API int32_t KORVOGetSetting(const char *product, const char *section, const char *valueName,
+                                   const char *defaultValue, char *outValue) {
   if (outValue == nullptr) return 1;
   const char *fallback = defaultValue != nullptr ? defaultValue : "";
   char path[korutl::setting_buffer_size];
@@ -48,8 +47,8 @@ KORUTL_API int32_t KORVOGetSetting(const char *product, const char *section,
   return 1;
 }
 
-KORUTL_API int32_t KORVOSaveSetting(const char *product, const char *section,
-                                    const char *valueName, const char *value) {
+KORUTL_API int32_t KORVOSaveSetting(const char *product, const char *section, const char *valueName,
+                                    const char *value) {
   char path[korutl::setting_buffer_size];
   if (product == nullptr || section == nullptr || valueName == nullptr || value == nullptr ||
       !setting_key(product, section, path) || std::strlen(value) >= korutl::setting_buffer_size)

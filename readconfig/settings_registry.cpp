@@ -11,8 +11,8 @@ int32_t ReadRegistryString(const char *subKey, const char *valueName, char *out)
   if (RegOpenKeyExA(HKEY_LOCAL_MACHINE, subKey, 0, KEY_READ, &key) != ERROR_SUCCESS) return -1;
   char data[setting_buffer_size];
   DWORD size = sizeof data;
-  const LONG rc = RegQueryValueExA(key, valueName, nullptr, nullptr,
-                                   reinterpret_cast<LPBYTE>(data), &size);
+  const LONG rc =
+      RegQueryValueExA(key, valueName, nullptr, nullptr, reinterpret_cast<LPBYTE>(data), &size);
   RegCloseKey(key);
   if (rc != ERROR_SUCCESS) return -1;
   // Data need not end in a zero (binary or a writer that left it off): the

@@ -24,9 +24,7 @@ extern "C" {
 
 KORUTL_API uint8_t KORVOCfgAuthorizationToBeChecked(const char *product) {
   char path[cfg::path_size];
-  if (product == nullptr ||
-      !cfg::compose(path, sizeof path, cfg::users_key, product))
-    return 0;
+  if (product == nullptr || !cfg::compose(path, sizeof path, cfg::users_key, product)) return 0;
   return key_exists(path, __LINE__) ? 1 : 0;
 }
 
@@ -41,8 +39,7 @@ KORUTL_API uint8_t KORVOCfgCheckAuthorization(const char *userName, const KORVOO
   for (char *c = user; *c != '\0'; ++c)
     if (*c == '\\') *c = '/';
   char path[cfg::path_size];
-  if (!cfg::compose(path, sizeof path, cfg::user_key, product, user))
-    return 0;
+  if (!cfg::compose(path, sizeof path, cfg::user_key, product, user)) return 0;
   return key_exists(path, __LINE__) ? 1 : 0;
 }
 

@@ -8,12 +8,18 @@ namespace {
 
 const char *entity_of(char c, bool escape_apostrophe) {
   switch (c) {
-    case '&': return "&amp;";
-    case '<': return "&lt;";
-    case '>': return "&gt;";
-    case '"': return "&quot;";
-    case '\'': return escape_apostrophe ? "&apos;" : nullptr;
-    default: return nullptr;
+    case '&':
+      return "&amp;";
+    case '<':
+      return "&lt;";
+    case '>':
+      return "&gt;";
+    case '"':
+      return "&quot;";
+    case '\'':
+      return escape_apostrophe ? "&apos;" : nullptr;
+    default:
+      return nullptr;
   }
 }
 

@@ -34,7 +34,8 @@ char *copy_text(const char *text, size_t length) {
 char *compose(char *const *parts, int32_t count) {
   size_t length = 0;
   for (int32_t i = 0; i < count; ++i) {
-    length += 1 + std::strlen(parts[i]) + 2 * static_cast<size_t>(KORVOStrStoreSpecialChars(parts[i], nullptr));
+    length += 1 + std::strlen(parts[i]) +
+              2 * static_cast<size_t>(KORVOStrStoreSpecialChars(parts[i], nullptr));
   }
   auto *text = static_cast<char *>(std::malloc(length + 1));
   if (text == nullptr) return nullptr;

@@ -19,10 +19,14 @@ char *null_literal(char *buffer) {
 const char *escape_of(char c, char quote) {
   if (c == quote) return nullptr;  // handled by the caller: depends on quote
   switch (c) {
-    case '\\': return "\\\\";
-    case '\n': return "\\n";
-    case '\r': return "\\r";
-    default: return nullptr;
+    case '\\':
+      return "\\\\";
+    case '\n':
+      return "\\n";
+    case '\r':
+      return "\\r";
+    default:
+      return nullptr;
   }
 }
 

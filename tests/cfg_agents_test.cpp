@@ -25,7 +25,8 @@ std::string take(char *text) {
 
 const std::string versions = "Products\\P\\Versions\\";
 
-std::string agent(const std::string &version, const std::string &instance, const std::string &name) {
+std::string agent(const std::string &version, const std::string &instance,
+                  const std::string &name) {
   return cfg_path(versions + version + "\\Instances\\" + instance + "\\Agents\\" + name);
 }
 
@@ -47,7 +48,9 @@ TEST_F(CfgAgents, InstancesAreListedInVersionOrder) {
   EXPECT_EQ(names_of(list, count), (Names{"10", "2", "1"}));
   KORVOCfgFreeVersionInstances(list);
   for (const auto &[product, version] : {std::pair<const char *, const char *>{"P", "9"},
-                                         {"P", nullptr}, {nullptr, "3"}, {"Q", "3"}}) {
+                                         {"P", nullptr},
+                                         {nullptr, "3"},
+                                         {"Q", "3"}}) {
     count = 7;
     EXPECT_EQ(KORVOCfgGetVersionInstances(product, version, &count), nullptr);
     EXPECT_EQ(count, 0);
@@ -59,11 +62,11 @@ TEST_F(CfgAgents, LocateSearchesTheFirstInstanceOfEachVersion) {
     const char *agent;
     std::string expected;
   };
-  for (const Case &c : {Case{"Web", agent("3", "a", "Web")},
-                        // Db of 3 lives under its second instance: not seen; 2.10's
-                        // first instance in store order is "1".
-                        Case{"Db", agent("2.10", "1", "Db")},
-                        Case{"Mail", "(null)"}, Case{"Nobody", "(null)"}}) {
+  for (const Case &c :
+       {Case{"Web", agent("3", "a", "Web")},
+        // Db of 3 lives under its second instance: not seen; 2.10's
+        // first instance in store order is "1".
+        Case{"Db", agent("2.10", "1", "Db")}, Case{"Mail", "(null)"}, Case{"Nobody", "(null)"}}) {
     EXPECT_EQ(take(KORVOCfgLocateAgentKey("P", c.agent)), c.expected) << c.agent;
     // A null version searches the same way, whatever the instance.
     EXPECT_EQ(take(KORVOCfgLocateAgentKeyEx("P", nullptr, "b", c.agent)), c.expected) << c.agent;
@@ -80,12 +83,11 @@ TEST_F(CfgAgents, LocateExForAGivenVersion) {
     const char *agent;
     std::string expected;
   };
-  for (const Case &c : {Case{"3", "b", "Db", agent("3", "b", "Db")},
-                        Case{"3", "a", "Db", "(null)"},
-                        // No instance: the greatest instance key, 10, only.
-                        Case{"2.10", nullptr, "Mail", agent("2.10", "10", "Mail")},
-                        Case{"2.10", nullptr, "Web", "(null)"},
-                        Case{"9", nullptr, "Web", "(null)"}}) {
+  for (const Case &c :
+       {Case{"3", "b", "Db", agent("3", "b", "Db")}, Case{"3", "a", "Db", "(null)"},
+        // No instance: the greatest instance key, 10, only.
+        Case{"2.10", nullptr, "Mail", agent("2.10", "10", "Mail")},
+        Case{"2.10", nullptr, "Web", "(null)"}, Case{"9", nullptr, "Web", "(null)"}}) {
     EXPECT_EQ(take(KORVOCfgLocateAgentKeyEx("P", c.version, c.instance, c.agent)), c.expected)
         << c.version << " " << c.agent;
   }
@@ -142,25 +144,31 @@ TEST_F(CfgLatest, FindsTheGreatestVersionHoldingTheValue) {
     const char *product, *subkey, *name;
     std::string expected;
   };
-  for (const Case &c : {Case{"P", "Languages", "English", cfg_path(versions + "2.10\\Languages")},
-                        Case{"P", "Languages", "German", cfg_path(versions + "2.2.1\\Languages")},
-                        Case{"P", nullptr, "Beta", cfg_path(versions + "3")},
-                        Case{"P", "", "Beta", cfg_path(versions + "3")},
-                        Case{"P", "Languages", "French", "(null)"},
-                        Case{"Q", nullptr, "Beta", "(null)"},
-                        Case{nullptr, nullptr, nullptr, cfg_path("Products\\Default\\Versions\\1")},
-                        Case{"", "", "", cfg_path("Products\\Default\\Versions\\1")}})
+  for (const Case &c :
+       {Case{"P", "Languages", "English", cfg_path(versions + "2.10\\Languages")},
+        Case{"P", "Languages", "German", cfg_path(versions + "2.2.1\\Languages")},
+        Case{"P", nullptr, "Beta", cfg_path(versions + "3")},
+        Case{"P", "", "Beta", cfg_path(versions + "3")}, Case{"P", "Languages", "French", "(null)"},
+        Case{"Q", nullptr, "Beta", "(null)"},
+        Case{nullptr, nullptr, nullptr, cfg_path("Products\\Default\\Versions\\1")},
+        Case{"", "", "", cfg_path("Products\\Default\\Versions\\1")}})
     EXPECT_EQ(take(KORVOCfgGetProductVersionLatestValue(c.product, c.subkey, c.name)), c.expected)
         << (c.name ? c.name : "null");
 }
 
 TEST_F(CfgLatest, StrictVersionStopsTheSearch) {
   cfg_set("Products\\P\\Versions\\3", "Beta", "yes");
-  for (const auto &[setting, searches] :
-       {std::pair<const char *, bool>{"1", false}, {"-1", false}, {"257", false}, {"0", true},
-        {"256", true}, {"", true}, {"off", true}, {"1000", true}}) {
+  for (const auto &[setting, searches] : {std::pair<const char *, bool>{"1", false},
+                                          {"-1", false},
+                                          {"257", false},
+                                          {"0", true},
+                                          {"256", true},
+                                          {"", true},
+                                          {"off", true},
+                                          {"1000", true}}) {
     ASSERT_EQ(KORVOSaveSetting("Halcyra", "Products\\P", "Use_Strict_Version", setting), 1);
-    EXPECT_EQ(take(KORVOCfgGetProductVersionLatestValue("P", nullptr, "Beta")) != "(null)", searches)
+    EXPECT_EQ(take(KORVOCfgGetProductVersionLatestValue("P", nullptr, "Beta")) != "(null)",
+              searches)
         << setting;
   }
 }
@@ -172,8 +180,8 @@ TEST_F(CfgLatest, PathsBeyond767CharactersAreRefused) {
               "\\" + std::string(200, 'u'),
           "V", "1");
   const std::string base = cfg_path(versions + "3\\");
-  std::string subkey = std::string(200, 's') + "\\" + std::string(200, 't') + "\\" +
-                       std::string(200, 'u');
+  std::string subkey =
+      std::string(200, 's') + "\\" + std::string(200, 't') + "\\" + std::string(200, 'u');
   ASSERT_LT(base.size() + subkey.size(), 767u);
   EXPECT_EQ(take(KORVOCfgGetProductVersionLatestValue("P", subkey.c_str(), "V")), base + subkey);
   const std::string deep = subkey + "\\" + std::string(767 - base.size() - subkey.size(), 'v');

@@ -93,7 +93,8 @@ TEST_F(CfgEnumerate, EnvironmentVariableNames) {
   cfg_set("MILayer\\Environment", "B", std::string(4000, 'x'));  // data are not read
   korutl_test::cfg_key("Bare\\Environment");
   EXPECT_EQ(environment("MILayer", 2), (Names{"A", "B"}));
-  for (const char *component : {"", "Bare", "Missing"}) EXPECT_EQ(environment(component, 0), Names{});
+  for (const char *component : {"", "Bare", "Missing"})
+    EXPECT_EQ(environment(component, 0), Names{});
   EXPECT_EQ(environment(nullptr, 0), Names{});
   EXPECT_EQ(KORVOCfgGetEnvironmentVars("MILayer", nullptr), nullptr);
   KORVOCfgFreeEnvironmentVars(nullptr, 3);

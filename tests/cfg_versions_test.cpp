@@ -33,14 +33,14 @@ TEST_F(CfgVersions, ListedGreatestVersionKeyFirst) {
     cfg_key(std::string("Products\\P\\Versions\\") + v);
   // 43 wraps to 5032704 and sorts below 1 (100000000); the fifth number of
   // 2.2.1.3.9 is ignored, so it sits just above 2.2.1.
-  EXPECT_EQ(versions("P", 7),
-            (Names{"3", "2.10", "V2.3-beta", "2.2.1.3.9", "2.2.1", "1", "43"}));
+  EXPECT_EQ(versions("P", 7), (Names{"3", "2.10", "V2.3-beta", "2.2.1.3.9", "2.2.1", "1", "43"}));
 }
 
 TEST_F(CfgVersions, NoVersionsGiveNullAndCountZero) {
   cfg_key("Products\\Empty\\Versions");
   cfg_key("Products\\NoVersionsKey");
-  for (const char *product : {"Empty", "NoVersionsKey", "Absent"}) EXPECT_EQ(versions(product, 0), Names{});
+  for (const char *product : {"Empty", "NoVersionsKey", "Absent"})
+    EXPECT_EQ(versions(product, 0), Names{});
   uint16_t count = 5;
   EXPECT_EQ(KORVOCfgGetProductVersions(nullptr, &count), nullptr);
   EXPECT_EQ(count, 0);
@@ -116,8 +116,9 @@ TEST_F(CfgVersions, GetValueReadsTextsOfExactSize) {
     const char *name;
     const char *expected;  // null: no value
   };
-  for (const Case &c : {Case{"Install_Path", "/opt/vantrel/halcyra"}, Case{"install_path", "/opt/vantrel/halcyra"},
-                        Case{"", "default value"}, Case{"Empty", ""}, Case{"Missing", nullptr}}) {
+  for (const Case &c :
+       {Case{"Install_Path", "/opt/vantrel/halcyra"}, Case{"install_path", "/opt/vantrel/halcyra"},
+        Case{"", "default value"}, Case{"Empty", ""}, Case{"Missing", nullptr}}) {
     char *text = KORVOCfgGetValue(key.c_str(), c.name);
     if (c.expected == nullptr) {
       EXPECT_EQ(text, nullptr) << c.name;

@@ -34,8 +34,12 @@ int32_t convert(int32_t handle, const std::string &in, char *out, intptr_t capac
 }
 
 TEST_F(CodePage, Cp1252ToFamilyAndBack) {
-  const std::string cp1252 = "Gr\xFC\xDF" "e \x80";  // "Grüße €"
-  const std::string utf8 = "Gr\xC3\xBC\xC3\x9F" "e \xE2\x82\xAC";
+  const std::string cp1252 =
+      "Gr\xFC\xDF"
+      "e \x80";  // "Grüße €"
+  const std::string utf8 =
+      "Gr\xC3\xBC\xC3\x9F"
+      "e \xE2\x82\xAC";
   int32_t to_utf8 = -1, to_cp1252 = -1;
   ASSERT_EQ(cpx_open_conversion(1252, 65456, &to_utf8), CPX_OK);
   ASSERT_EQ(cpx_open_conversion(65456, 1252, &to_cp1252), CPX_OK);

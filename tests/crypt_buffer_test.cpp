@@ -43,8 +43,8 @@ TEST(Base64, EncodeTable) {
   struct Case {
     std::string in, out;
   } cases[] = {
-      {"f", "Zg=="}, {"fo", "Zm8="}, {"foo", "Zm9v"}, {"foob", "Zm9vYg=="},
-      {"foobar", "Zm9vYmFy"}, {std::string("\xff\xfe\x00", 3), "//4A"},
+      {"f", "Zg=="},        {"fo", "Zm8="},         {"foo", "Zm9v"},
+      {"foob", "Zm9vYg=="}, {"foobar", "Zm9vYmFy"}, {std::string("\xff\xfe\x00", 3), "//4A"},
   };
   for (const Case &c : cases) {
     char out[32];
@@ -76,7 +76,8 @@ TEST(Base64, DecodeIsLenient) {
   for (const Case &c : cases) {
     uint8_t out[16];
     std::memset(out, 0xAA, sizeof out);
-    ASSERT_EQ(KORVOBase64Crypt(0, c.in.data(), out, static_cast<int32_t>(c.in.size())), c.count) << c.in;
+    ASSERT_EQ(KORVOBase64Crypt(0, c.in.data(), out, static_cast<int32_t>(c.in.size())), c.count)
+        << c.in;
     EXPECT_EQ(Bytes(out, out + c.count), c.out) << c.in;
     EXPECT_EQ(out[c.count], 0) << c.in;
     EXPECT_EQ(out[c.count + 1], 0xAA) << c.in;
@@ -96,8 +97,8 @@ struct FrontEnd {
 
 FrontEnd front_end(bool protect, int32_t method, const Bytes &in, const char *key) {
   FrontEnd r{Bytes(in.size() + 32, 0xAA), 0xDEADBEEF};
-  (protect ? KORVOCSCryptBuffer : KORVOCSDecryptBuffer)(method, in.data(), static_cast<uint32_t>(in.size()),
-                                                        r.out.data(), &r.len, key);
+  (protect ? KORVOCSCryptBuffer : KORVOCSDecryptBuffer)(
+      method, in.data(), static_cast<uint32_t>(in.size()), r.out.data(), &r.len, key);
   return r;
 }
 
@@ -127,9 +128,12 @@ TEST(CryptBuffer, MethodsRoundTrip) {
   const FrontEnd prot = front_end(true, 2, text, "k");
   Bytes direct(text.size() + 16);
   uint32_t direct_len = 0;
-  ASSERT_EQ(KORVOSaferCrypt(6, text.data(), static_cast<uint32_t>(text.size()), direct.data(), &direct_len, "k"), 1);
+  ASSERT_EQ(KORVOSaferCrypt(6, text.data(), static_cast<uint32_t>(text.size()), direct.data(),
+                            &direct_len, "k"),
+            1);
   EXPECT_EQ(prot.len, direct_len);
-  EXPECT_EQ(Bytes(prot.out.begin(), prot.out.begin() + prot.len), Bytes(direct.begin(), direct.begin() + direct_len));
+  EXPECT_EQ(Bytes(prot.out.begin(), prot.out.begin() + prot.len),
+            Bytes(direct.begin(), direct.begin() + direct_len));
 
   // Copy methods stop at a zero byte and zero-fill; no terminator added.
   for (const int32_t method : {0, 3, -7}) {
@@ -161,7 +165,8 @@ TEST(CryptBuffer, FailuresGiveEmptyOutput) {
   // some bytes come back, never more than the ciphertext can hold.
   const Bytes text = bytes_of("0123456789");
   const FrontEnd prot = front_end(true, 2, text, "right key");
-  const FrontEnd wrong = front_end(false, 2, Bytes(prot.out.begin(), prot.out.begin() + prot.len), "wrong key");
+  const FrontEnd wrong =
+      front_end(false, 2, Bytes(prot.out.begin(), prot.out.begin() + prot.len), "wrong key");
   EXPECT_TRUE(wrong.len == 0 ? wrong.out[0] == 0 : wrong.len <= prot.len - 8);
   // 2,048 bytes still fit the scrambler's area.
   EXPECT_EQ(front_end(true, 1, Bytes(2048, 'a'), "k").len, 2048u);

@@ -44,7 +44,9 @@ TEST_F(DemoTool, ImportsIntoTheStoreThatIsNamed) {
   const std::string other = std::filesystem::path(file()).parent_path() / "other.db";
   EXPECT_EQ(run_tool("demo -q --store '" + other + "' --sample " + sample).status, 0);
   EXPECT_EQ(run_tool("reg query 'HKLM\\SOFTWARE\\Vantrel\\Halcyra\\Products\\Orrery'",
-                     "KORVO_REGISTRY='" + other + "'").status, 0);
+                     "KORVO_REGISTRY='" + other + "'")
+                .status,
+            0);
 }
 
 // A sample that does not import fails its step, and the demo exits 1.
@@ -62,13 +64,15 @@ TEST_F(DemoTool, TreesShowTypesValuesAndDepth) {
   const auto all = run_tool("reg tree 'HKLM\\SOFTWARE\\Vantrel\\Halcyra\\Products\\Halcyra'");
   EXPECT_EQ(all.status, 0);
   for (const char *want : {"HKEY_LOCAL_MACHINE\\SOFTWARE\\Vantrel\\Halcyra\\Products\\Halcyra\n",
-                           "\n  Use_Strict_Version (REG_SZ) = 0\n", "\n  Versions\\\n", "\n    2.2.1\\\n",
-                           "\n      Build (REG_DWORD) = 0x322\n",
+                           "\n  Use_Strict_Version (REG_SZ) = 0\n", "\n  Versions\\\n",
+                           "\n    2.2.1\\\n", "\n      Build (REG_DWORD) = 0x322\n",
                            "\n              Hosts (REG_MULTI_SZ) = alpha\\0beta\n"})
     EXPECT_NE(all.out.find(want), std::string::npos) << want << "\n" << all.out;
-  const auto shallow = run_tool("reg tree 'HKLM\\SOFTWARE\\Vantrel\\Halcyra\\Products\\Halcyra' --depth 1");
-  EXPECT_EQ(shallow.out, "HKEY_LOCAL_MACHINE\\SOFTWARE\\Vantrel\\Halcyra\\Products\\Halcyra\n"
-                         "  Use_Strict_Version (REG_SZ) = 0\n  Versions\\\n");
+  const auto shallow =
+      run_tool("reg tree 'HKLM\\SOFTWARE\\Vantrel\\Halcyra\\Products\\Halcyra' --depth 1");
+  EXPECT_EQ(shallow.out,
+            "HKEY_LOCAL_MACHINE\\SOFTWARE\\Vantrel\\Halcyra\\Products\\Halcyra\n"
+            "  Use_Strict_Version (REG_SZ) = 0\n  Versions\\\n");
   EXPECT_EQ(run_tool("reg tree 'HKLM\\Nothing'").status, 1);
   // cfg tree: versions in version order, instances, agents with values.
   const auto orrery = run_tool("cfg tree orrery");
@@ -79,8 +83,8 @@ TEST_F(DemoTool, TreesShowTypesValuesAndDepth) {
       << orrery.out;
   EXPECT_EQ(orrery.out.find("Halcyra"), std::string::npos);
   EXPECT_EQ(run_tool("cfg tree Nothing").status, 1);
-  for (const char *args : {"reg tree HKLM --depth", "reg tree HKLM --depth -1", "reg tree HKLM --depth x",
-                           "reg tree HKLM HKLM"})
+  for (const char *args : {"reg tree HKLM --depth", "reg tree HKLM --depth -1",
+                           "reg tree HKLM --depth x", "reg tree HKLM HKLM"})
     EXPECT_EQ(run_tool(args).status, 2) << args;
 }
 

@@ -18,8 +18,9 @@ class FileRegistrationTest : public korutl_test::TempStore {
   static std::string value(const std::string &key, const char *name) {
     char buf[256];
     uint16_t len = sizeof buf;
-    return rsv_get_value((kProducts + key).c_str(), name, buf, &len, M, __LINE__) == RSV_OK ? buf
-                                                                                              : "<none>";
+    return rsv_get_value((kProducts + key).c_str(), name, buf, &len, M, __LINE__) == RSV_OK
+               ? buf
+               : "<none>";
   }
   static bool key_exists(const std::string &key) {
     return rsv_query_key((kProducts + key).c_str(), nullptr, nullptr, M, __LINE__) == RSV_OK;
@@ -54,7 +55,8 @@ TEST_F(FileRegistrationTest, DeregisteringRemovesTheWholeKey) {
 
 TEST_F(FileRegistrationTest, StoreErrorsTellTheTwoDeregistrationsApart) {
 #if defined(_WIN32)
-  GTEST_SKIP() << "Linux only: store errors are made by damaging the store file, which Windows does not have";
+  GTEST_SKIP() << "Linux only: store errors are made by damaging the store file, which Windows "
+                  "does not have";
 #endif
   // A store file that is not a database: every query fails with a store
   // error, which only the language deregistration reports.
@@ -80,7 +82,8 @@ TEST_F(FileRegistrationTest, PathsThatDoNotFitAreRefusedAndNullFileNamesTooLeave
 }
 
 TEST_F(FileRegistrationTest, UsersAreCheckedWithBackslashesReadAsSlashes) {
-  ASSERT_EQ(rsv_create_key((kProducts + "Orrery\\Users\\domain/admin").c_str(), M, __LINE__), RSV_OK);
+  ASSERT_EQ(rsv_create_key((kProducts + "Orrery\\Users\\domain/admin").c_str(), M, __LINE__),
+            RSV_OK);
   ASSERT_EQ(rsv_create_key((kProducts + "Halcyra").c_str(), M, __LINE__), RSV_OK);
   EXPECT_EQ(KORVOCfgAuthorizationToBeChecked("orrery"), 1);
   EXPECT_EQ(KORVOCfgAuthorizationToBeChecked("Halcyra"), 0);

@@ -23,13 +23,15 @@
 namespace {
 
 const std::string kGermanNotFound =
-    "(KOR0301) Für dieses Produkt ist keine Sprachbibliothek in der gewünschten Sprache installiert.";
+    "(KOR0301) Für dieses Produkt ist keine Sprachbibliothek in der gewünschten Sprache "
+    "installiert.";
 const std::string kFixedNotFound =
     "(KOR0301) Cannot find language library (language not installed for product).";
 
 class I18nChainTest : public korutl_test::LanguageStore {
  protected:
-  static void reg(const char *product, const char *version, const char *language, const char *file) {
+  static void reg(const char *product, const char *version, const char *language,
+                  const char *file) {
     ASSERT_EQ(KORVOCfgRegisterLanguageFile(product, version, language, file), 0);
   }
   static void setting(const char *section, const char *name, const char *value) {
@@ -41,7 +43,8 @@ class I18nChainTest : public korutl_test::LanguageStore {
 // a library for German texts of product P, version 2.0.
 TEST_F(I18nChainTest, EachStepFindsItsLibrary) {
 #if defined(_WIN32)
-  GTEST_SKIP() << "Linux only: the current-locale step finds a library under the system locale's name (English under Wine), which the cases assume absent";
+  GTEST_SKIP() << "Linux only: the current-locale step finds a library under the system locale's "
+                  "name (English under Wine), which the cases assume absent";
 #endif
   struct Case {
     const char *step;
@@ -50,20 +53,38 @@ TEST_F(I18nChainTest, EachStepFindsItsLibrary) {
     std::string expected;
   };
   const Case cases[] = {
-      {"a: exact version", [] { reg("P", "2.0", "German", "orr_de.dll"); reg("P", "3.0", "German", "orr_fr.dll"); },
+      {"a: exact version",
+       [] {
+         reg("P", "2.0", "German", "orr_de.dll");
+         reg("P", "3.0", "German", "orr_fr.dll");
+       },
        "German", "Deutsch"},
       {"b: highest version in numeric order",
-       [] { reg("P", "2.9", "German", "orr_fr.dll"); reg("P", "2.10", "German", "orr_de.dll"); }, "German", "Deutsch"},
-      {"c: Default language", [] { reg("P", "2.0", "Default", "orr_en.dll"); }, "German", "English"},
+       [] {
+         reg("P", "2.9", "German", "orr_fr.dll");
+         reg("P", "2.10", "German", "orr_de.dll");
+       },
+       "German", "Deutsch"},
+      {"c: Default language", [] { reg("P", "2.0", "Default", "orr_en.dll"); }, "German",
+       "English"},
       {"c: Default in the version b settled on",
-       [] { reg("P", "3.0", "Default", "orr_fr.dll"); reg("P", "1.0", "German", "orr_de.dll"); }, "German",
-       "Français"},
+       [] {
+         reg("P", "3.0", "Default", "orr_fr.dll");
+         reg("P", "1.0", "German", "orr_de.dll");
+       },
+       "German", "Français"},
       {"e: library named after the language", [] {}, "orr_de", "Deutsch"},
       {"f: global language",
-       [] { setting("Global", "Language", "French"); reg("P", "2.0", "French", "orr_fr.dll"); }, "German",
-       "Français"},
+       [] {
+         setting("Global", "Language", "French");
+         reg("P", "2.0", "French", "orr_fr.dll");
+       },
+       "German", "Français"},
       {"not found: Halcyra's text in the requested language",
-       [] { reg("Halcyra", "2.2.1", "German", "hal_de.dll"); reg("P", "2.0", "English", "orr_en.dll"); },
+       [] {
+         reg("Halcyra", "2.2.1", "German", "hal_de.dll");
+         reg("P", "2.0", "English", "orr_en.dll");
+       },
        "German", kGermanNotFound},
       {"not found anywhere", [] {}, "German", kFixedNotFound},
   };
@@ -78,7 +99,8 @@ TEST_F(I18nChainTest, EachStepFindsItsLibrary) {
 
 TEST_F(I18nChainTest, CurrentLocaleIsLookedUpWithItsNameShortened) {
 #if defined(_WIN32)
-  GTEST_SKIP() << "Linux only: the locale is set through LC_ALL, which the Windows C runtime does not read";
+  GTEST_SKIP()
+      << "Linux only: the locale is set through LC_ALL, which the Windows C runtime does not read";
 #endif
   // "C.UTF-8" is asked for as "C-UTF-8", "C-UTF", then "C".
   reg("P", "2.0", "C", "orr_fr.dll");
@@ -93,9 +115,9 @@ TEST_F(I18nChainTest, StrictVersionStopsTheSearchInOtherVersions) {
     const char *value;  // null: no setting
     std::string expected;
   };
-  for (const Case &c : {Case{"1", kGermanNotFound}, Case{"7", kGermanNotFound}, Case{"0", "Deutsch"},
-                        Case{"", "Deutsch"}, Case{"256", "Deutsch"}, Case{"1000", "Deutsch"},
-                        Case{nullptr, "Deutsch"}}) {
+  for (const Case &c : {Case{"1", kGermanNotFound}, Case{"7", kGermanNotFound},
+                        Case{"0", "Deutsch"}, Case{"", "Deutsch"}, Case{"256", "Deutsch"},
+                        Case{"1000", "Deutsch"}, Case{nullptr, "Deutsch"}}) {
     SCOPED_TRACE(c.value ? c.value : "(none)");
     TearDown();
     SetUp();
@@ -122,7 +144,9 @@ TEST_F(I18nChainTest, LibraryGetsTheIdentifierAsPassedAndTheRequestedLanguage) {
   EXPECT_EQ(text(nullptr, "German", "K"), "(null)|German|K");
   EXPECT_EQ(text("localhost\\", nullptr, "K"), "localhost\\|Default|K");
   // Instance levels form the key path below the version.
-  const std::string key = "HKEY_LOCAL_MACHINE\\SOFTWARE\\Vantrel\\Halcyra\\Products\\P\\Versions\\1.0\\i1\\sub\\Languages";
+  const std::string key =
+      "HKEY_LOCAL_MACHINE\\SOFTWARE\\Vantrel\\Halcyra\\Products\\P\\Versions\\1."
+      "0\\i1\\sub\\Languages";
   ASSERT_EQ(rsv_create_key(key.c_str(), "t", __LINE__), RSV_OK);
   ASSERT_EQ(rsv_set_value(key.c_str(), "de", "lang_echo.dll", "t", __LINE__), RSV_OK);
   EXPECT_EQ(text("\\h\\P\\1.0\\i1\\sub", "de", "K"), "\\h\\P\\1.0\\i1\\sub|de|K");
@@ -164,7 +188,8 @@ bool traced(const std::string &a, const std::string &b) {
 
 TEST_F(I18nChainTest, BrokenLibrariesAreSkippedWithATraceLine) {
 #if defined(_WIN32)
-  GTEST_SKIP() << "Linux only: not yet ported: its broken libraries are made as Linux shared objects";
+  GTEST_SKIP()
+      << "Linux only: not yet ported: its broken libraries are made as Linux shared objects";
 #endif
   char dir[] = "/tmp/korutl-lang-XXXXXX";
   ASSERT_NE(mkdtemp(dir), nullptr);
@@ -189,9 +214,11 @@ TEST_F(I18nChainTest, BrokenLibrariesAreSkippedWithATraceLine) {
 // Whether the language library `stem` (orr_en, ...) is loaded.
 bool is_loaded(const std::string &stem) {
 #if defined(_WIN32)
-  return GetModuleHandleA((std::string(KORUTL_LANGUAGE_DIR "/") + stem + ".dll").c_str()) != nullptr;
+  return GetModuleHandleA((std::string(KORUTL_LANGUAGE_DIR "/") + stem + ".dll").c_str()) !=
+         nullptr;
 #else
-  void *h = dlopen((std::string(KORUTL_LANGUAGE_DIR "/") + stem + ".so").c_str(), RTLD_NOW | RTLD_NOLOAD);
+  void *h =
+      dlopen((std::string(KORUTL_LANGUAGE_DIR "/") + stem + ".so").c_str(), RTLD_NOW | RTLD_NOLOAD);
   if (h != nullptr) dlclose(h);
   return h != nullptr;
 #endif

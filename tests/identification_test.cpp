@@ -83,12 +83,9 @@ TEST_F(StampBlock, HeaderRecordsAndEnd) {
     const char *value;  // null: any text (the legal notice)
     size_t width;
   };
-  const TextRecord texts[] = {{"Vantrel", 40},
-                              {"Halcyra Utility Library", 40},
-                              {"2.2.1", 20},
-                              {"HLC for Windows95,98,NT and 2000", 40},
-                              {nullptr, 70},
-                              {"Halcyra", 40},
+  const TextRecord texts[] = {{"Vantrel", 40}, {"Halcyra Utility Library", 40},
+                              {"2.2.1", 20},   {"HLC for Windows95,98,NT and 2000", 40},
+                              {nullptr, 70},   {"Halcyra", 40},
                               {"1", 20}};
   for (const TextRecord &r : texts) {
     EXPECT_EQ(field(40), padded(kMarker, 40)) << "marker before record at " << pos_;

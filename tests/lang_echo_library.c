@@ -10,9 +10,8 @@
 
 static _Thread_local char answer[1024];
 
-PROBE_EXPORT const char *GetStringResource(const char *objectId,
-                                                                     const char *language,
-                                                                     const char *key) {
+PROBE_EXPORT const char *GetStringResource(const char *objectId, const char *language,
+                                           const char *key) {
   snprintf(answer, sizeof answer, "%s|%s|%s", objectId ? objectId : "(null)",
            language ? language : "(null)", key ? key : "(null)");
   return answer;

@@ -32,7 +32,8 @@ TEST_F(LangTool, MessagesFromTheSampleTree) {
   };
   for (const Case &c : {
            Case{"msg HAL_SERVICE_STARTED HAL_DISK_LOW", 0,
-                "(KOR0001) The Halcyra service has started.\n(KOR0180) Little free disk space is left.\n"},
+                "(KOR0001) The Halcyra service has started.\n(KOR0180) Little free disk space is "
+                "left.\n"},
            Case{"msg --lang German HAL_LANGUAGE", 0, "Deutsch\n"},
            // Orrery is strict: French of 2.2.1 is not searched from 2.10,
            // and the global language English serves instead.
@@ -41,7 +42,8 @@ TEST_F(LangTool, MessagesFromTheSampleTree) {
            Case{"msg --oid '\\localhost\\Orrery\\2.2.1' --lang French ORR_SCAN_DONE", 0,
                 "(ORR0020) L'analyse est terminée.\n"},
            Case{"msg --oid '\\localhost\\Nothing\\1' --lang French X", 0,
-                "(KOR0301) Aucune bibliothèque de langue de ce produit n'est installée pour la langue "
+                "(KOR0301) Aucune bibliothèque de langue de ce produit n'est installée pour la "
+                "langue "
                 "demandée.\n"},
            Case{"msg NO_SUCH_KEY", 1, "korutl: no text for NO_SUCH_KEY\n"},
            Case{"msg", 2, nullptr},
@@ -62,7 +64,12 @@ TEST_F(LangTool, RegistrationsAndUsers) {
   EXPECT_EQ(run_tool("lang list Orrery 3").status, 1);
   EXPECT_EQ(run_tool("msgfile register Orrery 3 Core core.msg").status, 0);
   EXPECT_EQ(run_tool("msgfile unregister Orrery 3").status, 0);
-  EXPECT_EQ(run_tool("reg query 'HKLM\\SOFTWARE\\Vantrel\\Halcyra\\Products\\Orrery\\Versions\\3\\EventLayerMessages'").status, 1);
+  EXPECT_EQ(
+      run_tool(
+          "reg query "
+          "'HKLM\\SOFTWARE\\Vantrel\\Halcyra\\Products\\Orrery\\Versions\\3\\EventLayerMessages'")
+          .status,
+      1);
 
   EXPECT_EQ(run_tool("user check '\\localhost\\Orrery\\2.10' operator").out, "authorised\n");
   EXPECT_EQ(run_tool("user check '\\localhost\\Orrery\\2.10' guest").status, 1);

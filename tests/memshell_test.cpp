@@ -38,8 +38,10 @@ unsigned long total(const std::string &text, const char *line, int column) {
 
 TEST(MemShellMode, FollowsBuildSettingAndEnvironment) {
   const char *value = std::getenv("KORVO_MEMORY_SHELL");
-  const bool expected = (value != nullptr && std::strcmp(value, "0") == 0) ? false : KORUTL_MEMORY_SHELL_DEFAULT_ON;
-  EXPECT_EQ(shell_on(), expected) << "KORVO_MEMORY_SHELL=" << (value != nullptr ? value : "(unset)");
+  const bool expected =
+      (value != nullptr && std::strcmp(value, "0") == 0) ? false : KORUTL_MEMORY_SHELL_DEFAULT_ON;
+  EXPECT_EQ(shell_on(), expected) << "KORVO_MEMORY_SHELL="
+                                  << (value != nullptr ? value : "(unset)");
 }
 
 TEST(MemShell, CallocProductBeyond32BitsIsRefused) {

@@ -18,7 +18,8 @@ Id parse(const char *text) { return Id(KORVOStrCreateObjectId(text, nullptr)); }
 
 std::vector<std::string> parts(const KORVOObjectId *id) {
   std::vector<std::string> out;
-  for (int32_t i = 0; i < KORVOStrGetNumberOfParts(id); ++i) out.emplace_back(KORVOStrGetPart(id, i));
+  for (int32_t i = 0; i < KORVOStrGetNumberOfParts(id); ++i)
+    out.emplace_back(KORVOStrGetPart(id, i));
   return out;
 }
 
@@ -48,8 +49,8 @@ TEST(ObjectId, ParsingNormalises) {
       {"\\local%41host\\x", {"localAhost", "x"}, "\\localAhost\\x"},
       {"", {}, ""},
       {"\\", {}, ""},
-      {"\\\\a", {"a"}, "\\a"},                         // adjacent backslashes: no empty part
-      {"\\a\\\\b\\c", {"a", "b", "c"}, "\\a\\b\\c"},   // and no word lost
+      {"\\\\a", {"a"}, "\\a"},                        // adjacent backslashes: no empty part
+      {"\\a\\\\b\\c", {"a", "b", "c"}, "\\a\\b\\c"},  // and no word lost
       {"\\a%20b\\c%5Cd", {"a b", "c\\d"}, "\\a%20b\\c%5Cd"},
       {"\\%u00e9t%u00e9", {"\xC3\xA9t\xC3\xA9"}, "\\\xC3\xA9t\xC3\xA9"},
   };
@@ -62,8 +63,8 @@ TEST(ObjectId, ParsingNormalises) {
 }
 
 TEST(ObjectId, FurtherPartsAreTakenAsGiven) {
-  const Id id(KORVOStrCreateObjectId("\\localhost\\Halcyra", "2.2.1.3", "inst one", "a\\b%41",
-                                     nullptr));
+  const Id id(
+      KORVOStrCreateObjectId("\\localhost\\Halcyra", "2.2.1.3", "inst one", "a\\b%41", nullptr));
   ASSERT_TRUE(id);
   EXPECT_EQ(parts(id.get()), (Parts{"localhost", "Halcyra", "2.2.1.3", "inst one", "a\\b%41"}));
   EXPECT_STREQ(KORVOStrGetObjectIdString(id.get()),
@@ -77,8 +78,8 @@ TEST(ObjectId, FurtherPartsAreTakenAsGiven) {
 
 TEST(ObjectId, MoreThanAHundredFurtherPartsIsRefused) {
 #define P10 "p", "p", "p", "p", "p", "p", "p", "p", "p", "p"
-  const Id hundred(KORVOStrCreateObjectId("\\h", P10, P10, P10, P10, P10, P10, P10, P10, P10, P10,
-                                          nullptr));
+  const Id hundred(
+      KORVOStrCreateObjectId("\\h", P10, P10, P10, P10, P10, P10, P10, P10, P10, P10, nullptr));
   ASSERT_TRUE(hundred);
   EXPECT_EQ(KORVOStrGetNumberOfParts(hundred.get()), 101);
   const Id too_many(KORVOStrCreateObjectId("\\h", P10, P10, P10, P10, P10, P10, P10, P10, P10, P10,

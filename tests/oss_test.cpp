@@ -53,12 +53,9 @@ std::vector<NameCase> name_cases() {
   };
 #else
   return {
-      {"", dir + "/oss_probe.so", true},
-      {"", dir + "/oss_probe.dll", true},
-      {"", "oss_probe.so", false},
-      {":/nonexistent:" + dir, "oss_probe.so", true},
-      {dir, "oss_probe.DLL", true},
-      {dir, "missing.dll", false},
+      {"", dir + "/oss_probe.so", true}, {"", dir + "/oss_probe.dll", true},
+      {"", "oss_probe.so", false},       {":/nonexistent:" + dir, "oss_probe.so", true},
+      {dir, "oss_probe.DLL", true},      {dir, "missing.dll", false},
   };
 #endif
 }
@@ -81,7 +78,8 @@ TEST_F(Oss, ResolvesNames) {
     ASSERT_EQ(oss_get_function_address(handle, "get_resource", &entry, "test", 8), OSS_OK);
     EXPECT_STREQ(reinterpret_cast<const char *(*)()>(entry)(), "probe");
     void *none = &entry;
-    EXPECT_EQ(oss_get_function_address(handle, "GetStringResource", &none, "test", 9), OSS_E_NO_SYMBOL);
+    EXPECT_EQ(oss_get_function_address(handle, "GetStringResource", &none, "test", 9),
+              OSS_E_NO_SYMBOL);
     EXPECT_EQ(none, &entry) << "address untouched on failure";
     EXPECT_EQ(oss_unload_library(handle, "test", 10), OSS_OK);
   }

@@ -37,8 +37,10 @@ TEST_F(RegTool, AddQueryDeleteRoundTripWithEveryType) {
 TEST_F(RegTool, UsageErrorsAndMissingKeys) {
   EXPECT_EQ(run_tool("reg query 'HKLM\\Nothing'").status, 1);
   EXPECT_EQ(run_tool("reg delete 'HKLM\\Nothing'").status, 1);
-  for (const char *args : {"reg", "reg query", "reg frobnicate " "HKLM", "reg add HKLM\\\\X /v",
-                           "reg add HKLM\\\\X /v N /t REG_DWORD /d nope",
+  for (const char *args : {"reg", "reg query",
+                           "reg frobnicate "
+                           "HKLM",
+                           "reg add HKLM\\\\X /v", "reg add HKLM\\\\X /v N /t REG_DWORD /d nope",
                            "reg add HKLM\\\\X /v N /t REG_BOGUS /d 1", "reg query HKLM /z"})
     EXPECT_EQ(run_tool(args).status, 2) << args;
   EXPECT_FALSE(store_exists());

@@ -126,8 +126,8 @@ TEST_F(RsvTest, BadPathsAndArgumentsAreRefused) {
   const std::string long_name = root + "\\" + std::string(256, 'k');
   std::string too_deep = "HKEY_LOCAL_MACHINE";
   for (int i = 0; i < 512; ++i) too_deep += "\\k";
-  for (const std::string &path : {std::string(), root + "\\", root + "\\\\x", "\\" + root,
-                                  long_name, too_deep}) {
+  for (const std::string &path :
+       {std::string(), root + "\\", root + "\\\\x", "\\" + root, long_name, too_deep}) {
     EXPECT_EQ(rsv_create_key(path.c_str(), M, __LINE__), RSV_E_BAD_ARGUMENT) << path.size();
   }
   EXPECT_EQ(rsv_create_key((root + "\\" + std::string(255, 'k')).c_str(), M, __LINE__), RSV_OK);

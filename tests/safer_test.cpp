@@ -19,7 +19,8 @@ struct Result {
 Result crypt(int32_t mode, const Bytes &in, const char *key) {
   Bytes out(in.size() + 16, 0xAA);
   uint32_t len = 0xDEADBEEF;
-  const int32_t ok = KORVOSaferCrypt(mode, in.data(), static_cast<uint32_t>(in.size()), out.data(), &len, key);
+  const int32_t ok =
+      KORVOSaferCrypt(mode, in.data(), static_cast<uint32_t>(in.size()), out.data(), &len, key);
   if (ok == 0) {
     // A failed call leaves the caller's buffer and length as they were.
     EXPECT_EQ(len, 0xDEADBEEF);
@@ -32,7 +33,8 @@ Result crypt(int32_t mode, const Bytes &in, const char *key) {
 
 Bytes hex(const std::string &h) {
   Bytes b;
-  for (size_t i = 0; i + 1 < h.size(); i += 2) b.push_back(static_cast<uint8_t>(std::stoi(h.substr(i, 2), nullptr, 16)));
+  for (size_t i = 0; i + 1 < h.size(); i += 2)
+    b.push_back(static_cast<uint8_t>(std::stoi(h.substr(i, 2), nullptr, 16)));
   return b;
 }
 

@@ -35,8 +35,9 @@ TEST_F(SettingsTest, SavedSettingsAreSeenByBothDoors) {
 
   char buf[64];
   uint16_t len = sizeof buf;
-  ASSERT_EQ(rsv_get_value("HKEY_LOCAL_MACHINE\\SOFTWARE\\Vantrel\\Halcyra\\Global",
-                          "install_path", buf, &len, "t", __LINE__), RSV_OK);
+  ASSERT_EQ(rsv_get_value("HKEY_LOCAL_MACHINE\\SOFTWARE\\Vantrel\\Halcyra\\Global", "install_path",
+                          buf, &len, "t", __LINE__),
+            RSV_OK);
   EXPECT_STREQ(buf, "/opt/halcyra");
 
   const char *product = "HKEY_LOCAL_MACHINE\\SOFTWARE\\Vantrel\\Halcyra\\Products\\P";
@@ -57,7 +58,8 @@ TEST_F(SettingsTest, OversizedPathsAndValuesAreRefused) {
   // Written longer by the other door: not seen, the default comes back.
   const std::string big(2000, 'b');
   ASSERT_EQ(rsv_set_value("HKEY_LOCAL_MACHINE\\SOFTWARE\\Vantrel\\Halcyra\\Global", "big",
-                          big.c_str(), "t", __LINE__), RSV_OK);
+                          big.c_str(), "t", __LINE__),
+            RSV_OK);
   EXPECT_EQ(setting("Global", "big"), "dflt");
   EXPECT_EQ(KORVOSaveSetting(nullptr, "Global", "v", "x"), 0);
   EXPECT_EQ(setting("Global", "empty_saved"), "dflt");

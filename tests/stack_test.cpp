@@ -38,7 +38,8 @@ TEST_F(Stack, PushGetNthAppend) {
   EXPECT_EQ(contents(), (V{3, 2, 1}));
   EXPECT_EQ(KORVOStackGetNth(stack_, 3), 0);
   EXPECT_EQ(KORVOStackGetNth(stack_, -1), 0);
-  while (KORVOStackPop(stack_) != 0) {}
+  while (KORVOStackPop(stack_) != 0) {
+  }
   for (intptr_t v : {1, 2, 3}) EXPECT_EQ(KORVOStackAppend(stack_, v), 0);
   EXPECT_EQ(contents(), (V{1, 2, 3}));
 }
@@ -57,7 +58,8 @@ TEST_F(Stack, InsertNth) {
     fill_abc();
     EXPECT_EQ(KORVOStackInsertNth(stack_, c.position, 'x'), c.result) << c.position;
     EXPECT_EQ(contents(), c.after) << c.position;
-    while (KORVOStackPop(stack_) != 0) {}
+    while (KORVOStackPop(stack_) != 0) {
+    }
   }
   EXPECT_EQ(KORVOStackInsertNth(stack_, 2, 'x'), -1) << "past the end of an empty stack";
   EXPECT_EQ(contents(), (V{'x'}));
@@ -70,14 +72,15 @@ TEST_F(Stack, DeleteNth) {
     V after;
   };
   const Case cases[] = {
-      {2, 'c', {'a', 'b'}},       {3, 0, {'a', 'b', 'c'}}, {0, 'a', {'b', 'c'}},
-      {1, 'b', {'a', 'c'}},       {-1, 0, {'a', 'b', 'c'}},
+      {2, 'c', {'a', 'b'}}, {3, 0, {'a', 'b', 'c'}},  {0, 'a', {'b', 'c'}},
+      {1, 'b', {'a', 'c'}}, {-1, 0, {'a', 'b', 'c'}},
   };
   for (const Case &c : cases) {
     fill_abc();
     EXPECT_EQ(KORVOStackDeleteNth(stack_, c.position), c.removed) << c.position;
     EXPECT_EQ(contents(), c.after) << c.position;
-    while (KORVOStackPop(stack_) != 0) {}
+    while (KORVOStackPop(stack_) != 0) {
+    }
   }
   EXPECT_EQ(KORVOStackDeleteNth(stack_, 0), 0);
   EXPECT_EQ(KORVOStackPop(stack_), 0);

@@ -38,8 +38,8 @@ bool write_run(int writer, int count) {
 }
 
 bool has_value(int writer, int i) {
-  return rsv_get_value(key_of(writer).c_str(), ("v" + std::to_string(i)).c_str(), nullptr,
-                       nullptr, M, __LINE__) == RSV_OK;
+  return rsv_get_value(key_of(writer).c_str(), ("v" + std::to_string(i)).c_str(), nullptr, nullptr,
+                       M, __LINE__) == RSV_OK;
 }
 
 bool run_threads(int first_writer, int threads, int count) {

@@ -17,8 +17,9 @@ using korutl_test::run_tool;
 TEST(StringTool, OidParseAndParent) {
   auto r = run_tool("oid parse 'localhost\\Halcyra\\2.2.1.3\\'");
   EXPECT_EQ(r.status, 0);
-  EXPECT_EQ(r.out, "text=\\localhost\\Halcyra\\2.2.1.3\nparts=3\npart0=localhost\npart1=Halcyra\n"
-                   "part2=2.2.1.3\n");
+  EXPECT_EQ(r.out,
+            "text=\\localhost\\Halcyra\\2.2.1.3\nparts=3\npart0=localhost\npart1=Halcyra\n"
+            "part2=2.2.1.3\n");
   r = run_tool("oid parent '\\localhost\\Halcyra'");
   EXPECT_EQ(r.status, 0);
   EXPECT_EQ(r.out, "text=\\localhost\nparts=1\npart0=localhost\n");
@@ -43,9 +44,10 @@ TEST(StringTool, ConvertStreamsAcrossChunks) {
   std::string text;
   while (text.size() < 300000) text += "ab\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80x";
   std::ofstream(path, std::ios::binary) << text;
-  const auto r = run_tool("convert --from utf8 --to utf16le < '" + path +
-                          "' | '" KORUTL_TOOL_FILE "' convert --from utf16le --to ucs4 | '" KORUTL_TOOL_FILE
-                          "' convert --from ucs4 --to utf8");
+  const auto r =
+      run_tool("convert --from utf8 --to utf16le < '" + path +
+               "' | '" KORUTL_TOOL_FILE "' convert --from utf16le --to ucs4 | '" KORUTL_TOOL_FILE
+               "' convert --from ucs4 --to utf8");
   EXPECT_EQ(r.status, 0);
   EXPECT_TRUE(r.out == text) << "round trip differs, sizes " << r.out.size() << " " << text.size();
   std::remove(path.c_str());

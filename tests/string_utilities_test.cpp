@@ -58,10 +58,9 @@ TEST(Unquoting, Cases) {
     const char *in, *want;
   };
   const Case cases[] = {
-      {"\"it's\"", "it's"},       {"'a\\rb'", "arb"},        {"'a\\nb'", "a\nb"},
-      {"'ab'cd", "ab"},           {"'abc", "abc"},           {"'a\\'b'", "a'b"},
-      {"'a\\\\b'", "a\\b"},       {"'ab\\", "ab"},           {"''", ""},
-      {"\"a'b\"", "a'b"},
+      {"\"it's\"", "it's"}, {"'a\\rb'", "arb"}, {"'a\\nb'", "a\nb"},  {"'ab'cd", "ab"},
+      {"'abc", "abc"},      {"'a\\'b'", "a'b"}, {"'a\\\\b'", "a\\b"}, {"'ab\\", "ab"},
+      {"''", ""},           {"\"a'b\"", "a'b"},
   };
   for (const Case &c : cases) {
     EXPECT_EQ(take(KORVOStrGetUnquotedJSString(c.in, nullptr)), c.want) << c.in;
@@ -91,13 +90,26 @@ TEST(Pattern, Matches) {
     uint8_t want;
   };
   const Case cases[] = {
-      {"ab", "a*b", 0, 1},        {"axxb", "a*b", 0, 1},     {"axxbc", "a*b", 0, 0},
-      {"", "?", 0, 0},            {"", "", 0, 1},            {"x", "", 0, 0},
-      {"", "*", 0, 1},            {"anything", "*", 0, 1},   {"ABC", "a?c", 1, 1},
-      {"ABC", "a?c", 0, 0},       {"ABC", "a?c", 256, 0},    {"abc", "A?C", 0x101, 1},
-      {"ababc", "*abc", 0, 1},    {"aXbXc", "a*b*c", 0, 1},  {"abcab", "*ab", 0, 1},
-      {"abcab", "*ab?", 0, 0},    {"mississippi", "m*iss*ppi", 0, 1},
-      {"\xC9", "\xE9", 1, 0},     {"\xE9", "\xE9", 1, 1},    {"host-01.example.org", "host-??.example.*", 0, 1},
+      {"ab", "a*b", 0, 1},
+      {"axxb", "a*b", 0, 1},
+      {"axxbc", "a*b", 0, 0},
+      {"", "?", 0, 0},
+      {"", "", 0, 1},
+      {"x", "", 0, 0},
+      {"", "*", 0, 1},
+      {"anything", "*", 0, 1},
+      {"ABC", "a?c", 1, 1},
+      {"ABC", "a?c", 0, 0},
+      {"ABC", "a?c", 256, 0},
+      {"abc", "A?C", 0x101, 1},
+      {"ababc", "*abc", 0, 1},
+      {"aXbXc", "a*b*c", 0, 1},
+      {"abcab", "*ab", 0, 1},
+      {"abcab", "*ab?", 0, 0},
+      {"mississippi", "m*iss*ppi", 0, 1},
+      {"\xC9", "\xE9", 1, 0},
+      {"\xE9", "\xE9", 1, 1},
+      {"host-01.example.org", "host-??.example.*", 0, 1},
   };
   for (const Case &c : cases) {
     EXPECT_EQ(KORVOStrMatchesPattern(c.text, c.pattern, c.ignore_case), c.want)

@@ -15,8 +15,7 @@ using korutl_test::ToolRun;
 TEST(Tool, Version) {
   const ToolRun r = run_tool("version");
   EXPECT_EQ(r.status, 0);
-  EXPECT_EQ(r.out,
-            "name=Halcyra Utility Library\nversion=2.2.1.3\nrelease=8\nfile=korutl.dll\n");
+  EXPECT_EQ(r.out, "name=Halcyra Utility Library\nversion=2.2.1.3\nrelease=8\nfile=korutl.dll\n");
 }
 
 TEST(Tool, Digits) {

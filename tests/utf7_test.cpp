@@ -17,7 +17,8 @@ struct Encoded {
   size_t consumed;
 };
 
-Encoded encode(const Units &in, bool optional_direct = false, bool close = false, size_t room = 256) {
+Encoded encode(const Units &in, bool optional_direct = false, bool close = false,
+               size_t room = 256) {
   std::vector<uint8_t> out(room + 1, 0xAA);
   const uint16_t *src = in.data();
   uint8_t *dst = out.data();
@@ -94,7 +95,9 @@ TEST(Utf7, DecodeTable) {
       {"+A-", CONV_SOURCE_ILLEGAL, u""},
       {"+ x", CONV_SOURCE_ILLEGAL, u" x"},
       // Decoding goes on after malformed input and reports it at the end.
-      {"a\xe9" "b", CONV_SOURCE_ILLEGAL, u"a\uffe9b"},
+      {"a\xe9"
+       "b",
+       CONV_SOURCE_ILLEGAL, u"a\uffe9b"},
       {"+A-ok", CONV_SOURCE_ILLEGAL, u"ok"},
   };
   for (const Case &c : cases) {

@@ -18,7 +18,7 @@ struct Run {
 
 template <typename From, typename To>
 Run<From, To> run(int32_t (*fn)(const From **, const From *, To **, To *),
-                        const std::vector<From> &in, size_t room = 64) {
+                  const std::vector<From> &in, size_t room = 64) {
   std::vector<To> target(room + 1, To{0x5A});
   const From *s = in.data();
   To *t = target.data();
@@ -170,11 +170,11 @@ void expect_same_as_small_target(int32_t (*fn)(const From **, const From *, To *
 TEST(UtfConversions, BulkStageMatchesSmallTargets) {
   // Units chosen to hit every length, stray and malformed bytes, lone and
   // paired surrogates, and ASCII runs long enough for the block copy.
-  const U8 bytes = {'a', 'b', 'c', 'd', 'e', 'f', 'g', 'h', 0xC3, 0xA9, 0xE2, 0x82, 0xAC,
-                    0xF0, 0x9F, 0x98, 0x80, 0x80, 0xC3, 0x41, 0xF8, 0x88, 0x80, 0x80, 0x80,
-                    0xFC, 0x84, 0x80, 0x80, 0x80, 0x80, 0xFF, 0xE0, 0x80, 0x80};
-  const U16 units = {'x', 'y', 'z', 'w', 0xE9, 0x20AC, 0xD83D, 0xDE00, 0xD83D, 'q',
-                     0xDE00, 0x7FF, 0x800, 0xFFFF, 0xDBFF, 0xDFFF};
+  const U8 bytes = {'a',  'b',  'c',  'd',  'e',  'f',  'g',  'h',  0xC3, 0xA9, 0xE2, 0x82,
+                    0xAC, 0xF0, 0x9F, 0x98, 0x80, 0x80, 0xC3, 0x41, 0xF8, 0x88, 0x80, 0x80,
+                    0x80, 0xFC, 0x84, 0x80, 0x80, 0x80, 0x80, 0xFF, 0xE0, 0x80, 0x80};
+  const U16 units = {'x',    'y', 'z',    'w',   0xE9,  0x20AC, 0xD83D, 0xDE00,
+                     0xD83D, 'q', 0xDE00, 0x7FF, 0x800, 0xFFFF, 0xDBFF, 0xDFFF};
   for (uint32_t seed = 1; seed <= 40; ++seed) {
     U8 text;
     U16 wide;

@@ -38,11 +38,11 @@ TEST(Words, ExtractionSeesEveryFieldButALeadingSeparator) {
     const char *want;
   };
   const Case cases[] = {
-      {"a,,b", 0, "a"}, {"a,,b", 1, ""},  {"a,,b", 2, "b"},  {"a,,b", 3, ""},
-      {",a", 0, "a"},   {",,a", 0, ""},   {",,a", 1, "a"},   {"abc", 0, "abc"},
-      {"", 0, ""},      {"a,b,", 2, ""},
+      {"a,,b", 0, "a"}, {"a,,b", 1, ""}, {"a,,b", 2, "b"},  {"a,,b", 3, ""}, {",a", 0, "a"},
+      {",,a", 0, ""},   {",,a", 1, "a"}, {"abc", 0, "abc"}, {"", 0, ""},     {"a,b,", 2, ""},
   };
-  for (const Case &c : cases) EXPECT_EQ(word(c.text, ',', c.index), c.want) << c.text << " " << c.index;
+  for (const Case &c : cases)
+    EXPECT_EQ(word(c.text, ',', c.index), c.want) << c.text << " " << c.index;
 }
 
 TEST(Words, RefusedArgumentsWriteNothing) {
@@ -72,15 +72,15 @@ TEST(Escapes, RestoreBothForms) {
       {"a%20b%5Cc", "a b\\c"},
       {"100%", "100%"},
       {"x%4", "x%4"},
-      {"ab%zzcd", "ab"},            // non-digits count as 0: a zero byte ends the text
+      {"ab%zzcd", "ab"},  // non-digits count as 0: a zero byte ends the text
       {"%u0041", "A"},
       {"%u00e9", "\xC3\xA9"},
       {"%u00E9", "\xC3\xA9"},
-      {"%U0041", ""},               // upper-case U is a byte escape of 'U','0'
-      {"%25u0041", "A"},            // byte pass makes the Unicode escape
+      {"%U0041", ""},     // upper-case U is a byte escape of 'U','0'
+      {"%25u0041", "A"},  // byte pass makes the Unicode escape
       {"a%41", "aA"},
       {"x%u0000y", "xy"},
-      {"%u20AC", "\xE2\x82\xAC"},   // three-byte form fits in the six characters
+      {"%u20AC", "\xE2\x82\xAC"},                    // three-byte form fits in the six characters
       {"%uD800%uDC00", "\xED\xA0\x80\xED\xB0\x80"},  // never paired
       {"%u004", "%u004"},
       {"%u", "%u"},

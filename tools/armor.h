@@ -18,7 +18,8 @@ using Bytes = std::vector<uint8_t>;
 inline std::optional<std::string> base64_encode(const Bytes &in) {
   if (in.size() > static_cast<size_t>(INT32_MAX) / 4 * 3 - 3) return std::nullopt;
   std::string out((in.size() + 2) / 3 * 4 + 1, '\0');
-  out.resize(static_cast<size_t>(KORVOBase64Crypt(1, in.data(), out.data(), static_cast<int32_t>(in.size()))));
+  out.resize(static_cast<size_t>(
+      KORVOBase64Crypt(1, in.data(), out.data(), static_cast<int32_t>(in.size()))));
   return out;
 }
 
@@ -27,7 +28,8 @@ inline std::optional<std::string> base64_encode(const Bytes &in) {
 inline std::optional<Bytes> base64_decode(const Bytes &text) {
   if (text.size() > static_cast<size_t>(INT32_MAX)) return std::nullopt;
   Bytes out(text.size() / 4 * 3 + 1);
-  out.resize(static_cast<size_t>(KORVOBase64Crypt(0, text.data(), out.data(), static_cast<int32_t>(text.size()))));
+  out.resize(static_cast<size_t>(
+      KORVOBase64Crypt(0, text.data(), out.data(), static_cast<int32_t>(text.size()))));
   const size_t whole = text.size() / 4 * 4;
   size_t pads = 0;
   while (pads < 2 && pads < whole && text[whole - 1 - pads] == '=') ++pads;

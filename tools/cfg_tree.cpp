@@ -16,7 +16,8 @@ void print_product(std::FILE *out, const std::string &product, const std::string
   char **versions = KORVOCfgGetProductVersions(product.c_str(), &count);
   for (const std::string &version : take_name_list(versions, count)) {
     std::fprintf(out, "%s  version %s\n", indent.c_str(), version.c_str());
-    const std::string instances_key = kProducts + "\\" + product + "\\Versions\\" + version + "\\Instances";
+    const std::string instances_key =
+        kProducts + "\\" + product + "\\Versions\\" + version + "\\Instances";
     char **instances = KORVOCfgGetVersionInstances(product.c_str(), version.c_str(), &count);
     for (const std::string &instance : take_name_list(instances, count)) {
       std::fprintf(out, "%s    instance %s\n", indent.c_str(), instance.c_str());

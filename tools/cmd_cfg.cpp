@@ -64,7 +64,8 @@ CLI::App *add(CLI::App &cfg, const char *name, const char *help, const char *usa
 }
 
 void add_cfg_command(CLI::App &app) {
-  auto *cfg = app.add_subcommand("cfg", "The configuration tree: versions, values, agents, enumerations");
+  auto *cfg =
+      app.add_subcommand("cfg", "The configuration tree: versions, values, agents, enumerations");
   cfg->require_subcommand(1);
 
   add(*cfg, "versions", "List a product's versions, greatest first", "PRODUCT", 1, 1)->callback([] {
@@ -78,7 +79,8 @@ void add_cfg_command(CLI::App &app) {
         char **list = KORVOCfgGetVersionInstances(words[0].c_str(), words[1].c_str(), &count);
         print_list(list, count);
       });
-  add(*cfg, "get", "Print a value of a product, or of a product version", "PRODUCT [VERSION] NAME", 2, 3)
+  add(*cfg, "get", "Print a value of a product, or of a product version", "PRODUCT [VERSION] NAME",
+      2, 3)
       ->callback([] {
         const char *product = words[0].c_str();
         const char *name = words.back().c_str();
@@ -99,14 +101,12 @@ void add_cfg_command(CLI::App &app) {
       ->callback([] {
         const size_t n = words.size();
         print_text(KORVOCfgLocateAgentKeyEx(words[0].c_str(), n > 2 ? words[2].c_str() : nullptr,
-                                            n > 3 ? words[3].c_str() : nullptr,
-                                            words[1].c_str()),
+                                            n > 3 ? words[3].c_str() : nullptr, words[1].c_str()),
                    nullptr);
       });
   add(*cfg, "agent-get", "Print an agent's value, else its version's", "AGENTKEY NAME", 2, 2)
       ->callback([] {
-        print_text(KORVOCfgGetAgentConfig(words[0].c_str(), words[1].c_str()),
-                   words[1].c_str());
+        print_text(KORVOCfgGetAgentConfig(words[0].c_str(), words[1].c_str()), words[1].c_str());
       });
   add(*cfg, "enum", "Print every value of a key as name=value", "KEYPATH", 1, 1)->callback([] {
     exit_code = 1;
@@ -114,8 +114,9 @@ void add_cfg_command(CLI::App &app) {
   });
   add(*cfg, "plugins", "Print the management layer's plug-ins as name=value", "", 0, 0)
       ->callback([] { enumerate(KORVOCfgEnumerateMilPlugIn); });
-  add(*cfg, "traps", "Print the SNMP trap destinations as name=value", "", 0, 0)
-      ->callback([] { enumerate(KORVOCfgEnumerateSnmpTrapDest); });
+  add(*cfg, "traps", "Print the SNMP trap destinations as name=value", "", 0, 0)->callback([] {
+    enumerate(KORVOCfgEnumerateSnmpTrapDest);
+  });
   add(*cfg, "env", "List the environment variable names of a component", "COMPONENT", 1, 1)
       ->callback([] {
         uint16_t count = 0;

@@ -14,7 +14,8 @@ namespace {
 void add_cfg_tree_command(CLI::App &app) {
   static std::string product;
   auto *cfg = app.get_subcommand("cfg");
-  auto *tree = cfg->add_subcommand("tree", "Print products, versions, instances and agents as a tree");
+  auto *tree =
+      cfg->add_subcommand("tree", "Print products, versions, instances and agents as a tree");
   tree->add_option("PRODUCT", product, "Only this product");
   tree->callback([] {
     exit_code = print_cfg_tree(stdout, product) ? 0 : 1;

@@ -52,7 +52,8 @@ int pump(Converter<From, To> convert) {
     at_end = got == 0;
     pending.insert(pending.end(), chunk.begin(), chunk.begin() + static_cast<long>(got));
     source.resize(pending.size() / sizeof(From));
-    for (size_t i = 0; i < source.size(); ++i) source[i] = load_le<From>(&pending[i * sizeof(From)]);
+    for (size_t i = 0; i < source.size(); ++i)
+      source[i] = load_le<From>(&pending[i * sizeof(From)]);
     size_t usable = source.size();
     // A high surrogate may be joined with a unit of the next chunk.
     if constexpr (sizeof(From) > 1) {
@@ -67,11 +68,13 @@ int pump(Converter<From, To> convert) {
       result = convert(&s, source.data() + usable, &t, target.data() + target.size());
       if (!write_units(target.data(), static_cast<size_t>(t - target.data()))) return 1;
     } while (result == CONV_TARGET_EXHAUSTED);
-    pending.erase(pending.begin(), pending.begin() + (s - source.data()) * static_cast<long>(sizeof(From)));
+    pending.erase(pending.begin(),
+                  pending.begin() + (s - source.data()) * static_cast<long>(sizeof(From)));
   }
   std::fflush(stdout);
   if (!pending.empty()) {
-    std::fprintf(stderr, "korutl: input ends inside a character (%zu bytes left)\n", pending.size());
+    std::fprintf(stderr, "korutl: input ends inside a character (%zu bytes left)\n",
+                 pending.size());
     return 1;
   }
   return 0;

@@ -86,22 +86,27 @@ int run(const CryptOptions &opt) {
     }
   } else {
     const int32_t method = opt.method == "xor" ? 1 : 0;
-    (protect ? KORVOCSCryptBuffer : KORVOCSDecryptBuffer)(method, in.data(), n, out.data(), &len, key->c_str());
+    (protect ? KORVOCSCryptBuffer : KORVOCSDecryptBuffer)(method, in.data(), n, out.data(), &len,
+                                                          key->c_str());
     if (len != n) return fail("input too long for the XOR scrambler (at most 2,048 bytes)");
   }
   out.resize(len);
-  if (protect ? !write_armored(opt, out) : !write_all(out.data(), out.size())) return fail("cannot write output");
+  if (protect ? !write_armored(opt, out) : !write_all(out.data(), out.size()))
+    return fail("cannot write output");
   return 0;
 }
 
 void add_crypt_command(CLI::App &app) {
   static CryptOptions opt;
   auto *cmd = app.add_subcommand("crypt", "Protect or restore a buffer, stdin to stdout");
-  cmd->add_option("ACTION", opt.action, "protect or restore")->required()->check(CLI::IsMember({"protect", "restore"}));
+  cmd->add_option("ACTION", opt.action, "protect or restore")
+      ->required()
+      ->check(CLI::IsMember({"protect", "restore"}));
   cmd->add_option("--method", opt.method, "safer (default), xor or none")
       ->check(CLI::IsMember({"safer", "xor", "none"}));
   auto *file = cmd->add_option("--key-file", opt.key_file, "File holding the key text");
-  auto *env = cmd->add_option("--key-env", opt.key_env, "Environment variable holding the key text");
+  auto *env =
+      cmd->add_option("--key-env", opt.key_env, "Environment variable holding the key text");
   file->excludes(env);
   cmd->add_option("--armor", opt.armor, "Protected form as text: base64 or hex")
       ->check(CLI::IsMember({"base64", "hex"}));

@@ -53,7 +53,8 @@ class TemporaryStore {
  public:
   TemporaryStore() {
     const char *tmp = std::getenv("TMPDIR");
-    std::string pattern = std::string(tmp != nullptr && *tmp == '/' ? tmp : "/tmp") + "/korutl-demo-XXXXXX";
+    std::string pattern =
+        std::string(tmp != nullptr && *tmp == '/' ? tmp : "/tmp") + "/korutl-demo-XXXXXX";
     if (mkdtemp(pattern.data()) != nullptr) dir_ = pattern;
   }
   ~TemporaryStore() {
@@ -90,11 +91,14 @@ int run_demo(const DemoOptions &opt) {
   demo::Report report(opt.quiet);
   demo::Context context{report, opt.sample, ""};
   if (context.sample.empty())
-    context.sample = find_data(KORUTL_INSTALL_DATADIR "/halcyra-sample.reg", KORUTL_SOURCE_DIR "/examples/halcyra-sample.reg");
+    context.sample = find_data(KORUTL_INSTALL_DATADIR "/halcyra-sample.reg",
+                               KORUTL_SOURCE_DIR "/examples/halcyra-sample.reg");
   context.language_dir = find_data(KORUTL_INSTALL_LANGDIR, KORUTL_BUILD_LANGUAGE_DIR);
   if (!opt.quiet) {
-    std::printf("korutl demo: store %s%s\n", store.c_str(), is_temporary ? " (temporary, removed afterwards)" : "");
-    std::printf("korutl demo: sample tree %s\n", context.sample.empty() ? "(not found)" : context.sample.c_str());
+    std::printf("korutl demo: store %s%s\n", store.c_str(),
+                is_temporary ? " (temporary, removed afterwards)" : "");
+    std::printf("korutl demo: sample tree %s\n",
+                context.sample.empty() ? "(not found)" : context.sample.c_str());
   }
   demo::run_steps(context);
   return report.finish(is_temporary ? "temporary" : store);
@@ -103,13 +107,15 @@ int run_demo(const DemoOptions &opt) {
 void add_demo_command(CLI::App &app) {
   static DemoOptions opt;
   auto *cmd = app.add_subcommand(
-      "demo", "Show the library at work on the sample tree, step by step; exit 0 when every step "
-              "gave the expected answer");
+      "demo",
+      "Show the library at work on the sample tree, step by step; exit 0 when every step "
+      "gave the expected answer");
   cmd->add_flag("-q,--quiet", opt.quiet, "Print only a one-line summary");
   cmd->add_option("--store", opt.store,
                   "Store file to import the sample into (default: KORVO_REGISTRY if set, else a "
                   "temporary store)");
-  cmd->add_option("--sample", opt.sample, "The sample tree (.reg) to import")->check(CLI::ExistingFile);
+  cmd->add_option("--sample", opt.sample, "The sample tree (.reg) to import")
+      ->check(CLI::ExistingFile);
   cmd->callback([] { exit_code = run_demo(opt); });
 }
 

@@ -65,7 +65,8 @@ int run(const EncodeOptions &opt) {
 
 void add_encode_command(CLI::App &app) {
   static EncodeOptions opt;
-  auto *cmd = app.add_subcommand("encode", "Base64, hexadecimal or length-prefixed Base64, stdin to stdout");
+  auto *cmd = app.add_subcommand("encode",
+                                 "Base64, hexadecimal or length-prefixed Base64, stdin to stdout");
   cmd->add_option("FORM", opt.form, "base64, hex or prefixed")
       ->required()
       ->check(CLI::IsMember({"base64", "hex", "prefixed"}));

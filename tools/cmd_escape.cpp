@@ -19,7 +19,9 @@ void add_escape_commands(CLI::App &app) {
   escape->add_option("TEXT", text, "Text to escape")->required();
   escape->callback([] {
     if (form == "special") {
-      std::vector<char> out(text.size() + 2 * static_cast<size_t>(KORVOStrStoreSpecialChars(text.c_str(), nullptr)) + 1);
+      std::vector<char> out(
+          text.size() + 2 * static_cast<size_t>(KORVOStrStoreSpecialChars(text.c_str(), nullptr)) +
+          1);
       KORVOStrStoreSpecialChars(text.c_str(), out.data());
       std::printf("%s\n", out.data());
       return;

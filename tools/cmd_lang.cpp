@@ -24,8 +24,8 @@ struct LangArgs {
 
 // Prints "language=file" for every registration of the version.
 void list_languages(const LangArgs &a) {
-  const std::string key = "HKEY_LOCAL_MACHINE\\SOFTWARE\\Vantrel\\Halcyra\\Products\\" +
-                          a.product + "\\Versions\\" + a.version + "\\Languages";
+  const std::string key = "HKEY_LOCAL_MACHINE\\SOFTWARE\\Vantrel\\Halcyra\\Products\\" + a.product +
+                          "\\Versions\\" + a.version + "\\Languages";
   uint16_t count = 0;
   if (rsv_query_key(key.c_str(), nullptr, &count, M, __LINE__) != RSV_OK) {
     std::fprintf(stderr, "korutl: no languages registered for %s %s\n", a.product.c_str(),
@@ -65,9 +65,8 @@ void add_lang_command(CLI::App &app) {
   auto *unreg = lang->add_subcommand("unregister", "Remove every language of PRODUCT VERSION");
   unreg->add_option("PRODUCT", a.product, "Product")->required();
   unreg->add_option("VERSION", a.version, "Version")->required();
-  unreg->callback([] {
-    exit_code = KORVOCfgDeRegisterLanguageFile(a.product.c_str(), a.version.c_str());
-  });
+  unreg->callback(
+      [] { exit_code = KORVOCfgDeRegisterLanguageFile(a.product.c_str(), a.version.c_str()); });
 
   auto *list = lang->add_subcommand("list", "Print LANGUAGE=FILE for PRODUCT VERSION");
   list->add_option("PRODUCT", a.product, "Product")->required();

@@ -27,9 +27,9 @@ void add_msg_command(CLI::App &app) {
     KORVOStack *cache = nullptr;
     if (!object_id.empty()) KORVOInitI18n(&cache);
     for (const std::string &key : keys) {
-      const char *text = object_id.empty()
-                             ? KORVOLoadI18NString(language.c_str(), key.c_str())
-                             : KORVOLoadI18NStringEx(cache, object_id.c_str(), language.c_str(), key.c_str());
+      const char *text = object_id.empty() ? KORVOLoadI18NString(language.c_str(), key.c_str())
+                                           : KORVOLoadI18NStringEx(cache, object_id.c_str(),
+                                                                   language.c_str(), key.c_str());
       if (text == nullptr) {
         std::fprintf(stderr, "korutl: no text for %s\n", key.c_str());
         exit_code = 1;

@@ -1,6 +1,6 @@
-// korutl reg: query, add, delete, export, import and show as a tree keys and values of the configuration
-// store, with the verbs and switches of Windows' reg command (/v, /ve, /t,
-// /d, /f) and long options (--value, --default-value, --type, --data,
+// korutl reg: query, add, delete, export, import and show as a tree keys and values of the
+// configuration store, with the verbs and switches of Windows' reg command (/v, /ve, /t, /d, /f)
+// and long options (--value, --default-value, --type, --data,
 // --force). Keys may start with HKLM as a short form of HKEY_LOCAL_MACHINE.
 
 #include <cctype>
@@ -140,26 +140,30 @@ bool print_value(const std::string &key, const std::string &name) {
   const auto value = reg_read_value(key, name);
   if (!value) return false;
   std::printf("    %s    %s    %s\n", name.empty() ? "(Default)" : name.c_str(),
-              reg_type_name(value->type).c_str(), reg_show_value(value->type, value->bytes).c_str());
+              reg_type_name(value->type).c_str(),
+              reg_show_value(value->type, value->bytes).c_str());
   return true;
 }
 
 int query(const RegArgs &a) {
   uint32_t probe_size = 0;
   if (rsv_query_key(a.key.c_str(), nullptr, nullptr, kRegModule, __LINE__) != RSV_OK) {
-    std::fprintf(stderr, "ERROR: The system was unable to find the specified registry key or value.\n");
+    std::fprintf(stderr,
+                 "ERROR: The system was unable to find the specified registry key or value.\n");
     return 1;
   }
   if (a.value && rsv_get_value_ex(a.key.c_str(), a.value->c_str(), nullptr, nullptr, &probe_size,
                                   kRegModule, __LINE__) != RSV_OK) {
-    std::fprintf(stderr, "ERROR: The system was unable to find the specified registry key or value.\n");
+    std::fprintf(stderr,
+                 "ERROR: The system was unable to find the specified registry key or value.\n");
     return 1;
   }
   std::printf("\n%s\n", a.key.c_str());
   if (a.value) return print_value(a.key, *a.value) ? 0 : 1;
   for (const std::string &name : reg_value_names(a.key)) print_value(a.key, name);
   std::printf("\n");
-  for (const std::string &sub : reg_subkey_names(a.key)) std::printf("%s\\%s\n", a.key.c_str(), sub.c_str());
+  for (const std::string &sub : reg_subkey_names(a.key))
+    std::printf("%s\\%s\n", a.key.c_str(), sub.c_str());
   return 0;
 }
 
@@ -172,8 +176,9 @@ int add(const RegArgs &a) {
     return 2;
   }
   if (rsv_create_key(a.key.c_str(), kRegModule, __LINE__) != RSV_OK ||
-      (a.value && rsv_set_value_ex(a.key.c_str(), a.value->c_str(), type, bytes.data(),
-                                   static_cast<uint32_t>(bytes.size()), kRegModule, __LINE__) != RSV_OK)) {
+      (a.value &&
+       rsv_set_value_ex(a.key.c_str(), a.value->c_str(), type, bytes.data(),
+                        static_cast<uint32_t>(bytes.size()), kRegModule, __LINE__) != RSV_OK)) {
     std::fprintf(stderr, "ERROR: The operation could not be completed.\n");
     return 1;
   }
@@ -182,10 +187,12 @@ int add(const RegArgs &a) {
 }
 
 int remove(const RegArgs &a) {
-  const uint16_t rc = a.value ? rsv_delete_value(a.key.c_str(), a.value->c_str(), kRegModule, __LINE__)
-                              : rsv_delete_key(a.key.c_str(), kRegModule, __LINE__);
+  const uint16_t rc = a.value
+                          ? rsv_delete_value(a.key.c_str(), a.value->c_str(), kRegModule, __LINE__)
+                          : rsv_delete_key(a.key.c_str(), kRegModule, __LINE__);
   if (rc != RSV_OK) {
-    std::fprintf(stderr, "ERROR: The system was unable to find the specified registry key or value.\n");
+    std::fprintf(stderr,
+                 "ERROR: The system was unable to find the specified registry key or value.\n");
     return 1;
   }
   std::printf("The operation completed successfully.\n");
@@ -203,7 +210,8 @@ int export_key(const RegArgs &a) {
 
 int tree(const RegArgs &a) {
   if (!print_reg_tree(stdout, a.key, TreeStyle{a.depth, ""})) {
-    std::fprintf(stderr, "ERROR: The system was unable to find the specified registry key or value.\n");
+    std::fprintf(stderr,
+                 "ERROR: The system was unable to find the specified registry key or value.\n");
     return 1;
   }
   return 0;
@@ -225,13 +233,15 @@ int import_file(const RegArgs &a) {
 
 void add_reg_command(CLI::App &app) {
   auto *cmd = app.add_subcommand(
-      "reg", "Registry keys and values: reg query|add|delete KEY [/v NAME | /ve] [/t TYPE] [/d DATA] "
-             "[/f], reg export KEY FILE, reg import FILE, reg tree [KEY] [--depth N]");
+      "reg",
+      "Registry keys and values: reg query|add|delete KEY [/v NAME | /ve] [/t TYPE] [/d DATA] "
+      "[/f], reg export KEY FILE, reg import FILE, reg tree [KEY] [--depth N]");
   cmd->prefix_command();
   cmd->callback([cmd] {
     RegArgs a;
     if (!parse(cmd->remaining(), a)) {
-      std::fprintf(stderr, "ERROR: Invalid syntax. Usage: korutl reg query|add|delete KEY [options]\n");
+      std::fprintf(stderr,
+                   "ERROR: Invalid syntax. Usage: korutl reg query|add|delete KEY [options]\n");
       exit_code = 2;
       return;
     }

@@ -33,9 +33,8 @@ void add_user_command(CLI::App &app) {
 
   auto *restricted = user->add_subcommand("restricted", "Does PRODUCT admit listed users only?");
   restricted->add_option("PRODUCT", product, "Product")->required();
-  restricted->callback([] {
-    answer(KORVOCfgAuthorizationToBeChecked(product.c_str()) == 1, "restricted", "open");
-  });
+  restricted->callback(
+      [] { answer(KORVOCfgAuthorizationToBeChecked(product.c_str()) == 1, "restricted", "open"); });
 }
 
 }  // namespace

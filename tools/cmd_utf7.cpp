@@ -41,14 +41,19 @@ int decode(std::vector<uint8_t> in) {
   if (!text) return fail("conversion to UTF-8 failed");
   if (!write_all(text->data(), text->size()) || !write_all("\n", 1)) return 1;
   std::fflush(stdout);  // the text first, then the complaint about it
-  return decoded.result == CONV_SOURCE_ILLEGAL ? fail("malformed UTF-7 (decoded as far as possible)") : 0;
+  return decoded.result == CONV_SOURCE_ILLEGAL
+             ? fail("malformed UTF-7 (decoded as far as possible)")
+             : 0;
 }
 
 void add_utf7_command(CLI::App &app) {
   static Utf7Options opt;
   auto *cmd = app.add_subcommand("utf7", "UTF-8 to UTF-7 and back, stdin to stdout");
-  cmd->add_option("ACTION", opt.action, "encode or decode")->required()->check(CLI::IsMember({"encode", "decode"}));
-  cmd->add_flag("--optional-direct", opt.optional_direct, "Write the optional direct characters unencoded");
+  cmd->add_option("ACTION", opt.action, "encode or decode")
+      ->required()
+      ->check(CLI::IsMember({"encode", "decode"}));
+  cmd->add_flag("--optional-direct", opt.optional_direct,
+                "Write the optional direct characters unencoded");
   cmd->add_flag("--close", opt.close, "End every Base64 run with '-'");
   cmd->callback([] {
     std::vector<uint8_t> in = read_all(stdin);

@@ -9,7 +9,8 @@ namespace korutl_tool {
 namespace {
 
 void add_version_command(CLI::App &app) {
-  auto *cmd = app.add_subcommand("version", "Print the library's name, full version, release and file name");
+  auto *cmd = app.add_subcommand("version",
+                                 "Print the library's name, full version, release and file name");
   cmd->callback([] {
     char full[8];
     std::printf("name=%s\nversion=%s\nrelease=%u\nfile=%s\n", KORVOUtlGetLibName(),

@@ -23,7 +23,7 @@ void add_all_commands(CLI::App &app);
 
 }  // namespace korutl_tool
 
-#define KORUTL_TOOL_COMMAND(name, adder) \
+#define KORUTL_TOOL_COMMAND(name, adder)                         \
   [[maybe_unused]] static const bool korutl_registered_##adder = \
       ::korutl_tool::register_command(name, adder)
 

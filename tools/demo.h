@@ -61,7 +61,7 @@ std::string quoted(const char *text);
 
 }  // namespace korutl_tool::demo
 
-#define KORUTL_DEMO_STEP(order, title, fn) \
+#define KORUTL_DEMO_STEP(order, title, fn)                   \
   [[maybe_unused]] static const bool korutl_demo_step_##fn = \
       ::korutl_tool::demo::register_step(order, title, fn)
 

@@ -21,15 +21,20 @@ void object_identifier(Context &c) {
   c.report.call("KORVOStrGetPart(id, 5)", quoted(KORVOStrGetPart(id, 5)));
   c.report.call("KORVOStrGetObjectIdString", quoted(KORVOStrGetObjectIdString(id)));
   KORVOObjectId *parent = KORVOGetParentObjectId(id);
-  c.report.call("KORVOGetParentObjectId", quoted(parent ? KORVOStrGetObjectIdString(parent) : nullptr));
-  const auto is = [](const char *got, const char *want) { return got != nullptr && std::string(got) == want; };
-  c.report.expect(KORVOStrGetNumberOfParts(id) == 6 && is(KORVOStrGetHostFromObjectId(id), "localhost") &&
-                      is(KORVOStrGetProductFromObjectId(id), "Halcyra") &&
-                      is(KORVOStrGetVersionFromObjectId(id), "2.2.1") &&
-                      is(KORVOStrGetInstanceFromObjectId(id), "3") && is(KORVOStrGetPart(id, 5), "Log Reader") &&
-                      is(KORVOStrGetObjectIdString(id), text) &&
-                      parent != nullptr && is(KORVOStrGetObjectIdString(parent), "\\localhost\\Halcyra\\2.2.1\\3\\Agents"),
-                  "host, product, version 2.2.1, instance 3, \"Log Reader\" unescaped, the text back as given");
+  c.report.call("KORVOGetParentObjectId",
+                quoted(parent ? KORVOStrGetObjectIdString(parent) : nullptr));
+  const auto is = [](const char *got, const char *want) {
+    return got != nullptr && std::string(got) == want;
+  };
+  c.report.expect(
+      KORVOStrGetNumberOfParts(id) == 6 && is(KORVOStrGetHostFromObjectId(id), "localhost") &&
+          is(KORVOStrGetProductFromObjectId(id), "Halcyra") &&
+          is(KORVOStrGetVersionFromObjectId(id), "2.2.1") &&
+          is(KORVOStrGetInstanceFromObjectId(id), "3") &&
+          is(KORVOStrGetPart(id, 5), "Log Reader") && is(KORVOStrGetObjectIdString(id), text) &&
+          parent != nullptr &&
+          is(KORVOStrGetObjectIdString(parent), "\\localhost\\Halcyra\\2.2.1\\3\\Agents"),
+      "host, product, version 2.2.1, instance 3, \"Log Reader\" unescaped, the text back as given");
   KORVOStrDestroyObjectId(parent);
   KORVOStrDestroyObjectId(id);
 }

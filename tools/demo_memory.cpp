@@ -41,26 +41,30 @@ void memory_shell(Context &c) {
   void *a = mmalloc(100, __LINE__, "demo_memory.cpp");
   void *b = mcalloc(4, 64, __LINE__, "demo_memory.cpp");
   void *d = mmalloc(4000, __LINE__, "demo_memory.cpp");
-  c.report.call("mmalloc(100), mcalloc(4, 64), mmalloc(4000)", a && b && d ? "three blocks" : "null");
+  c.report.call("mmalloc(100), mcalloc(4, 64), mmalloc(4000)",
+                a && b && d ? "three blocks" : "null");
   mfree(b);
   c.report.call("mfree(the mcalloc block)", "done");
   uint32_t listed = 0;
   const std::string report = memory_report("korutl demo", listed);
   mfree(a);
   mfree(d);
-  c.report.call("KORVOPrintMemoryTable(\"korutl demo\")", std::to_string(listed) + " blocks listed");
+  c.report.call("KORVOPrintMemoryTable(\"korutl demo\")",
+                std::to_string(listed) + " blocks listed");
   if (listed == 0 && report.find("Memory shell turned off") != std::string::npos) {
     const char *env = std::getenv("KORVO_MEMORY_SHELL");
-    c.report.unavailable(env != nullptr && std::strcmp(env, "0") == 0
-                             ? "KORVO_MEMORY_SHELL=0 turns the memory shell off for this process"
-                             : "this library was built with the memory shell off (build with "
-                               "-DKORUTL_MEMORY_SHELL_ON=ON, the shell-on preset, to see its report)");
+    c.report.unavailable(
+        env != nullptr && std::strcmp(env, "0") == 0
+            ? "KORVO_MEMORY_SHELL=0 turns the memory shell off for this process"
+            : "this library was built with the memory shell off (build with "
+              "-DKORUTL_MEMORY_SHELL_ON=ON, the shell-on preset, to see its report)");
     return;
   }
   if (!c.report.quiet()) {
     for (size_t start = 0; start < report.size();) {
       const size_t nl = report.find('\n', start);
-      const std::string line = report.substr(start, nl == std::string::npos ? std::string::npos : nl - start);
+      const std::string line =
+          report.substr(start, nl == std::string::npos ? std::string::npos : nl - start);
       if (!line.empty()) c.report.line("  " + line);
       start = nl == std::string::npos ? report.size() : nl + 1;
     }

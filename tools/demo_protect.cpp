@@ -14,26 +14,30 @@ void protect_restore(Context &c) {
   const char *key = "demo key 2026";  // 13 characters: the 128-bit variant
   Bytes sealed(secret.size() + 16);
   uint32_t sealed_len = 0;
-  KORVOCSCryptBuffer(2, reinterpret_cast<const uint8_t *>(secret.data()), static_cast<uint32_t>(secret.size()),
-                     sealed.data(), &sealed_len, key);
-  c.report.call("KORVOCSCryptBuffer(2 /* SAFER */, " + quoted(secret.c_str()) + ", key " + quoted(key) + ")",
-                std::to_string(sealed_len) + " bytes");
+  KORVOCSCryptBuffer(2, reinterpret_cast<const uint8_t *>(secret.data()),
+                     static_cast<uint32_t>(secret.size()), sealed.data(), &sealed_len, key);
+  c.report.call(
+      "KORVOCSCryptBuffer(2 /* SAFER */, " + quoted(secret.c_str()) + ", key " + quoted(key) + ")",
+      std::to_string(sealed_len) + " bytes");
   const uint32_t expected_len = static_cast<uint32_t>((secret.size() + 7) / 8 * 8 + 8);
-  if (!c.report.expect(sealed_len == expected_len,
-                       "SAFER output is 8 x ceil(n / 8) + 8 = " + std::to_string(expected_len) + " bytes"))
+  if (!c.report.expect(sealed_len == expected_len, "SAFER output is 8 x ceil(n / 8) + 8 = " +
+                                                       std::to_string(expected_len) + " bytes"))
     return;
   sealed.resize(sealed_len);
   const auto armour = base64_encode(sealed);
   c.report.call("KORVOBase64Crypt(1, ...)", armour ? quoted(armour->c_str()) : "null");
-  if (!c.report.expect(armour && armour->size() == (sealed.size() + 2) / 3 * 4, "Base64 armour of the sealed bytes"))
+  if (!c.report.expect(armour && armour->size() == (sealed.size() + 2) / 3 * 4,
+                       "Base64 armour of the sealed bytes"))
     return;
   const auto unarmoured = base64_decode(Bytes(armour->begin(), armour->end()));
-  c.report.call("KORVOBase64Crypt(0, ...)", unarmoured ? std::to_string(unarmoured->size()) + " bytes" : "null");
-  if (!c.report.expect(unarmoured && *unarmoured == sealed, "Base64 gives the sealed bytes back")) return;
+  c.report.call("KORVOBase64Crypt(0, ...)",
+                unarmoured ? std::to_string(unarmoured->size()) + " bytes" : "null");
+  if (!c.report.expect(unarmoured && *unarmoured == sealed, "Base64 gives the sealed bytes back"))
+    return;
   Bytes restored(sealed.size());
   uint32_t restored_len = 0;
-  KORVOCSDecryptBuffer(2, unarmoured->data(), static_cast<uint32_t>(unarmoured->size()), restored.data(),
-                       &restored_len, key);
+  KORVOCSDecryptBuffer(2, unarmoured->data(), static_cast<uint32_t>(unarmoured->size()),
+                       restored.data(), &restored_len, key);
   const std::string plain(restored.begin(), restored.begin() + restored_len);
   c.report.call("KORVOCSDecryptBuffer(2, ..., key " + quoted(key) + ")", quoted(plain.c_str()));
   c.report.expect(plain == secret, "the restored buffer equals the original");
@@ -41,6 +45,7 @@ void protect_restore(Context &c) {
 
 }  // namespace
 
-KORUTL_DEMO_STEP(110, "Protect and restore a buffer with SAFER, with its Base64 armour", protect_restore);
+KORUTL_DEMO_STEP(110, "Protect and restore a buffer with SAFER, with its Base64 armour",
+                 protect_restore);
 
 }  // namespace korutl_tool::demo

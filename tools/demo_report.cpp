@@ -77,10 +77,11 @@ void Report::end() {
 
 int Report::finish(const std::string &store) {
   if (!quiet_) std::printf("\n");
-  std::printf("korutl demo: %d steps, %d as expected, %d failed, %d not available in this build "
-              "(store %s)%s%s\n",
-              steps_, passed_, failures_, skipped_, store.c_str(),
-              first_failure_.empty() ? "" : "; first failure: ", first_failure_.c_str());
+  std::printf(
+      "korutl demo: %d steps, %d as expected, %d failed, %d not available in this build "
+      "(store %s)%s%s\n",
+      steps_, passed_, failures_, skipped_, store.c_str(),
+      first_failure_.empty() ? "" : "; first failure: ", first_failure_.c_str());
   return failures_ == 0 ? 0 : 1;
 }
 

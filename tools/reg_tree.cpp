@@ -10,7 +10,8 @@ void print_reg_values(std::FILE *out, const std::string &key, const std::string 
     const auto value = reg_read_value(key, name);
     if (!value) continue;
     std::fprintf(out, "%s%s (%s) = %s\n", pad.c_str(), name.empty() ? "(Default)" : name.c_str(),
-                 reg_type_name(value->type).c_str(), reg_show_value(value->type, value->bytes).c_str());
+                 reg_type_name(value->type).c_str(),
+                 reg_show_value(value->type, value->bytes).c_str());
   }
 }
 

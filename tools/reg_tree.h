@@ -9,8 +9,8 @@
 namespace korutl_tool {
 
 struct TreeStyle {
-  int max_depth = -1;      // levels of subkeys shown below the key; -1 all
-  std::string indent;      // put before every line
+  int max_depth = -1;  // levels of subkeys shown below the key; -1 all
+  std::string indent;  // put before every line
 };
 
 // Prints `key` (a full path, "HKLM\..." allowed), then each of its values

@@ -21,8 +21,9 @@ std::vector<std::string> names_of(const std::string &key, bool values) {
   std::vector<char> slots(size_t{count} * slot + 1);
   std::vector<char *> ptrs;
   for (uint16_t i = 0; i < count; ++i) ptrs.push_back(slots.data() + i * slot);
-  const uint16_t rc = values ? rsv_enum_values(key.c_str(), ptrs.data(), &count, kRegModule, __LINE__)
-                             : rsv_enum_subkeys(key.c_str(), ptrs.data(), &count, kRegModule, __LINE__);
+  const uint16_t rc =
+      values ? rsv_enum_values(key.c_str(), ptrs.data(), &count, kRegModule, __LINE__)
+             : rsv_enum_subkeys(key.c_str(), ptrs.data(), &count, kRegModule, __LINE__);
   if (rc != RSV_OK) return {};
   return {ptrs.begin(), ptrs.begin() + count};
 }
@@ -30,9 +31,9 @@ std::vector<std::string> names_of(const std::string &key, bool values) {
 }  // namespace
 
 const std::map<std::string, uint32_t> &reg_type_codes() {
-  static const std::map<std::string, uint32_t> codes = {
-      {"REG_SZ", 1}, {"REG_EXPAND_SZ", 2}, {"REG_BINARY", 3},
-      {"REG_DWORD", 4}, {"REG_MULTI_SZ", 7}, {"REG_QWORD", 11}};
+  static const std::map<std::string, uint32_t> codes = {{"REG_SZ", 1},       {"REG_EXPAND_SZ", 2},
+                                                        {"REG_BINARY", 3},   {"REG_DWORD", 4},
+                                                        {"REG_MULTI_SZ", 7}, {"REG_QWORD", 11}};
   return codes;
 }
 
@@ -91,11 +92,12 @@ std::string reg_show_value(uint32_t type, const std::string &bytes) {
 std::optional<RegValue> reg_read_value(const std::string &key, const std::string &name) {
   RegValue v;
   uint32_t size = 0;
-  if (rsv_get_value_ex(key.c_str(), name.c_str(), &v.type, nullptr, &size, kRegModule, __LINE__) != RSV_OK)
+  if (rsv_get_value_ex(key.c_str(), name.c_str(), &v.type, nullptr, &size, kRegModule, __LINE__) !=
+      RSV_OK)
     return std::nullopt;
   v.bytes.assign(size, '\0');
-  if (rsv_get_value_ex(key.c_str(), name.c_str(), &v.type, v.bytes.data(), &size, kRegModule, __LINE__) !=
-      RSV_OK)
+  if (rsv_get_value_ex(key.c_str(), name.c_str(), &v.type, v.bytes.data(), &size, kRegModule,
+                       __LINE__) != RSV_OK)
     return std::nullopt;
   v.bytes.resize(size);
   return v;

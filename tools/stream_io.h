@@ -24,7 +24,8 @@ inline bool write_all(const void *data, size_t size) {
 
 // Text input usually ends with a line break; encoded forms never do.
 inline void trim_trailing_space(std::vector<uint8_t> &text) {
-  while (!text.empty() && (text.back() == '\n' || text.back() == '\r' || text.back() == ' ' || text.back() == '\t')) {
+  while (!text.empty() && (text.back() == '\n' || text.back() == '\r' || text.back() == ' ' ||
+                           text.back() == '\t')) {
     text.pop_back();
   }
 }

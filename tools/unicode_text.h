@@ -20,7 +20,8 @@ inline std::optional<Units> utf8_to_utf16(const std::string &text) {
   Units units(text.size());  // one unit per byte at the most
   const auto *from = reinterpret_cast<const uint8_t *>(text.data());
   uint16_t *to = units.data();
-  if (KORVOConvertUTF8toUTF16(&from, from + text.size(), &to, units.data() + units.size()) != CONV_OK)
+  if (KORVOConvertUTF8toUTF16(&from, from + text.size(), &to, units.data() + units.size()) !=
+      CONV_OK)
     return std::nullopt;
   units.resize(static_cast<size_t>(to - units.data()));
   return units;
@@ -46,7 +47,8 @@ inline std::optional<std::string> utf16_to_utf8(Units units) {
   return text;
 }
 
-inline std::optional<std::string> ucs2_to_utf7(const Units &units, bool optional_direct, bool close) {
+inline std::optional<std::string> ucs2_to_utf7(const Units &units, bool optional_direct,
+                                               bool close) {
   std::string out(units.size() * 5 + 1, '\0');  // "+xyz-" per unit at the most
   const uint16_t *src = units.data();
   auto *dst = reinterpret_cast<uint8_t *>(out.data());

@@ -9,7 +9,8 @@
 
 namespace {
 
-constexpr char kDirect[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789'(),-./:?";
+constexpr char kDirect[] =
+    "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789'(),-./:?";
 constexpr char kOptional[] = "!\"#$%&*;<=>@[]^_`{|}";
 constexpr char kSpace[] = " \t\r\n";
 constexpr char kBase64[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
@@ -26,8 +27,10 @@ constexpr Tables make_tables() {
     t.inverse[i] = -1;
     t.must_encode_strict[i] = t.must_encode_optional[i] = true;
   }
-  for (const char *p = kDirect; *p != 0; ++p) t.must_encode_strict[*p] = t.must_encode_optional[*p] = false;
-  for (const char *p = kSpace; *p != 0; ++p) t.must_encode_strict[*p] = t.must_encode_optional[*p] = false;
+  for (const char *p = kDirect; *p != 0; ++p)
+    t.must_encode_strict[*p] = t.must_encode_optional[*p] = false;
+  for (const char *p = kSpace; *p != 0; ++p)
+    t.must_encode_strict[*p] = t.must_encode_optional[*p] = false;
   for (const char *p = kOptional; *p != 0; ++p) t.must_encode_optional[*p] = false;
   for (int16_t v = 0; v < 64; ++v) t.inverse[kBase64[v]] = v;
   return t;
@@ -55,9 +58,10 @@ bool flush_sextets(BitBuffer &b, uint8_t *&target, uint8_t *target_end) {
   return true;
 }
 
-int32_t encode(const uint16_t *&source, const uint16_t *source_end, uint8_t *&target, uint8_t *target_end,
-               bool optional_direct, bool explicit_close) {
-  const auto &must_encode = optional_direct ? kTables.must_encode_optional : kTables.must_encode_strict;
+int32_t encode(const uint16_t *&source, const uint16_t *source_end, uint8_t *&target,
+               uint8_t *target_end, bool optional_direct, bool explicit_close) {
+  const auto &must_encode =
+      optional_direct ? kTables.must_encode_optional : kTables.must_encode_strict;
   bool in_run = false;
   BitBuffer buf;
   for (;;) {
@@ -97,7 +101,8 @@ int32_t encode(const uint16_t *&source, const uint16_t *source_end, uint8_t *&ta
   }
 }
 
-int32_t decode(const uint8_t *&source, const uint8_t *source_end, uint16_t *&target, uint16_t *target_end) {
+int32_t decode(const uint8_t *&source, const uint8_t *source_end, uint16_t *&target,
+               uint16_t *target_end) {
   int32_t result = CONV_OK;
   bool in_run = false;
   bool just_shifted = false;
@@ -166,7 +171,8 @@ KORUTL_API int32_t KORVOConvertUCS2toUTF7(const uint16_t **source_start, const u
   }
   const uint16_t *source = *source_start;
   uint8_t *target = *target_start;
-  const int32_t result = encode(source, source_end, target, target_end, optional_direct != 0, explicit_close != 0);
+  const int32_t result =
+      encode(source, source_end, target, target_end, optional_direct != 0, explicit_close != 0);
   *source_start = source;
   *target_start = target;
   return result;

@@ -44,8 +44,8 @@ struct [[gnu::packed]] StampBlock {
   uint16_t end;
 };
 
-static_assert(sizeof(StampBlock) == 44 + 7 * 40 + (40 + 40 + 20 + 40 + 70 + 40 + 20) +
-                                        4 * (40 + 2) + 2,
+static_assert(sizeof(StampBlock) ==
+                  44 + 7 * 40 + (40 + 40 + 20 + 40 + 70 + 40 + 20) + 4 * (40 + 2) + 2,
               "the stamp block has no gaps");
 
 #if defined(__has_attribute)

@@ -37,8 +37,8 @@ bool decode(UINT cp, const char *in, size_t length, std::wstring &wide) {
     return true;
   }
   if (length == 0) return true;
-  const int n = MultiByteToWideChar(cp, MB_ERR_INVALID_CHARS, in, static_cast<int>(length),
-                                    nullptr, 0);
+  const int n =
+      MultiByteToWideChar(cp, MB_ERR_INVALID_CHARS, in, static_cast<int>(length), nullptr, 0);
   if (n <= 0) return false;
   wide.resize(static_cast<size_t>(n));
   return MultiByteToWideChar(cp, MB_ERR_INVALID_CHARS, in, static_cast<int>(length), wide.data(),

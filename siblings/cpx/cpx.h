@@ -19,13 +19,13 @@ extern "C" {
 
 /* Exported from korcpx.dll on Windows, imported by everyone else there. */
 #if defined(_WIN32)
-#  if defined(korcpx_EXPORTS)
-#    define CPX_API __declspec(dllexport)
-#  else
-#    define CPX_API __declspec(dllimport)
-#  endif
+#if defined(korcpx_EXPORTS)
+#define CPX_API __declspec(dllexport)
 #else
-#  define CPX_API __attribute__((visibility("default")))
+#define CPX_API __declspec(dllimport)
+#endif
+#else
+#define CPX_API __attribute__((visibility("default")))
 #endif
 
 #define CPX_CODESET_FAMILY 65456 /* the family's code set: UTF-8 */
@@ -35,9 +35,9 @@ extern "C" {
 #define CPX_E_ARGUMENT 2        /* null pointer, bad handle or reserved argument not 0 */
 #define CPX_E_UNKNOWN_CODESET 3 /* a code set number this library does not know */
 #define CPX_E_TARGET_TOO_SMALL 4
-#define CPX_E_INVALID_INPUT 5   /* bytes that are no text in the source code set */
-#define CPX_E_SETTING 6         /* an unknown setting, or CPXOBJDIR= names no folder */
-#define CPX_E_NO_MEMORY 7       /* memory ran out (cpx_init_ex, open, convert) */
+#define CPX_E_INVALID_INPUT 5 /* bytes that are no text in the source code set */
+#define CPX_E_SETTING 6       /* an unknown setting, or CPXOBJDIR= names no folder */
+#define CPX_E_NO_MEMORY 7     /* memory ran out (cpx_init_ex, open, convert) */
 
 /* Starts the library with its defaults. Calling it again is harmless. */
 CPX_API int32_t cpx_init(void);

@@ -17,13 +17,13 @@ extern "C" {
 
 /* Exported from koross.dll on Windows, imported by everyone else there. */
 #if defined(_WIN32)
-#  if defined(koross_EXPORTS)
-#    define OSS_API __declspec(dllexport)
-#  else
-#    define OSS_API __declspec(dllimport)
-#  endif
+#if defined(koross_EXPORTS)
+#define OSS_API __declspec(dllexport)
 #else
-#  define OSS_API __attribute__((visibility("default")))
+#define OSS_API __declspec(dllimport)
+#endif
+#else
+#define OSS_API __attribute__((visibility("default")))
 #endif
 
 #define OSS_OK 0

@@ -23,7 +23,8 @@ std::atomic<rsv_read_hook> read_hook{nullptr};
 
 // The store's hook hands paths as views; the service's hook takes texts.
 void forward_read(std::string_view path) {
-  if (rsv_read_hook hook = read_hook.load(std::memory_order_acquire)) hook(std::string(path).c_str());
+  if (rsv_read_hook hook = read_hook.load(std::memory_order_acquire))
+    hook(std::string(path).c_str());
 }
 
 constexpr size_t subkey_slot = 256;
@@ -106,8 +107,8 @@ RSV_API uint16_t rsv_query_key(const char *key, uint16_t *subkeys, uint16_t *val
   });
 }
 
-RSV_API uint16_t rsv_get_value(const char *key, const char *name, char *buffer,
-                               uint16_t *length, const char *module, int32_t line) {
+RSV_API uint16_t rsv_get_value(const char *key, const char *name, char *buffer, uint16_t *length,
+                               const char *module, int32_t line) {
   return run("get_value", module, line, [&]() -> uint16_t {
     if (key == nullptr || name == nullptr || (buffer != nullptr && length == nullptr))
       return bad_argument("get_value", module, line);
@@ -210,8 +211,8 @@ RSV_API uint16_t rsv_enum_subkeys(const char *key, char **names, uint16_t *count
   });
 }
 
-RSV_API uint16_t rsv_enum_values(const char *key, char **names, uint16_t *count,
-                                 const char *module, int32_t line) {
+RSV_API uint16_t rsv_enum_values(const char *key, char **names, uint16_t *count, const char *module,
+                                 int32_t line) {
   return run("enum_values", module, line, [&]() -> uint16_t {
     if (key == nullptr || count == nullptr || (names == nullptr && *count > 0))
       return bad_argument("enum_values", module, line);

@@ -22,22 +22,22 @@ extern "C" {
 
 /* Exported from korrsv.dll on Windows, imported by everyone else there. */
 #if defined(_WIN32)
-#  if defined(korrsv_EXPORTS)
-#    define RSV_API __declspec(dllexport)
-#  else
-#    define RSV_API __declspec(dllimport)
-#  endif
+#if defined(korrsv_EXPORTS)
+#define RSV_API __declspec(dllexport)
 #else
-#  define RSV_API __attribute__((visibility("default")))
+#define RSV_API __declspec(dllimport)
+#endif
+#else
+#define RSV_API __attribute__((visibility("default")))
 #endif
 
 #define RSV_OK 0
-#define RSV_E_NO_VALUE 2       /* the key exists, the value does not */
-#define RSV_E_BAD_ARGUMENT 3   /* null where a text or count is needed, bad path */
-#define RSV_E_BUFFER_SMALL 4   /* the caller's capacity cannot hold the text */
-#define RSV_E_TOO_LONG 5       /* the text does not fit a 16-bit length */
-#define RSV_E_STORE 6          /* the store cannot be read or written, or memory ran out */
-#define RSV_E_NO_KEY 7         /* the key does not exist */
+#define RSV_E_NO_VALUE 2     /* the key exists, the value does not */
+#define RSV_E_BAD_ARGUMENT 3 /* null where a text or count is needed, bad path */
+#define RSV_E_BUFFER_SMALL 4 /* the caller's capacity cannot hold the text */
+#define RSV_E_TOO_LONG 5     /* the text does not fit a 16-bit length */
+#define RSV_E_STORE 6        /* the store cannot be read or written, or memory ran out */
+#define RSV_E_NO_KEY 7       /* the key does not exist */
 
 /* Interface version 1.13; libkorutl.so imports it to load only beside it. */
 RSV_API extern const int32_t RSV_V113;
@@ -58,8 +58,8 @@ RSV_API uint16_t rsv_query_key(const char *key, uint16_t *subkeys, uint16_t *val
  *   zero-terminated and *length receives its length. A text that does not
  *   fit gives RSV_E_BUFFER_SMALL (buffer untouched, *length the needed
  *   length); a text of 65535 characters or more gives RSV_E_TOO_LONG. */
-RSV_API uint16_t rsv_get_value(const char *key, const char *name, char *buffer,
-                               uint16_t *length, const char *module, int32_t line);
+RSV_API uint16_t rsv_get_value(const char *key, const char *name, char *buffer, uint16_t *length,
+                               const char *module, int32_t line);
 
 /* Stores text (with its terminating zero, as a text value) in an existing
  * key; RSV_E_NO_KEY when the key is missing. */
@@ -98,8 +98,8 @@ RSV_API uint16_t rsv_enum_subkeys(const char *key, char **names, uint16_t *count
 /* Value names in the order they were first set (on Windows: in the system
  * registry's own order). names[i] point to slots of
  * 33 bytes; a longer name is cut to 32 characters. *count as above. */
-RSV_API uint16_t rsv_enum_values(const char *key, char **names, uint16_t *count,
-                                 const char *module, int32_t line);
+RSV_API uint16_t rsv_enum_values(const char *key, char **names, uint16_t *count, const char *module,
+                                 int32_t line);
 
 /* Writes the key and its subtree to `file` in the registry editor's .reg
  * format (version 5.00, UTF-16LE with a byte-order mark). */

@@ -95,8 +95,7 @@ SHM_API int32_t shm_spin_lock(uint32_t lock, int32_t, const char *, int32_t) {
   SpinLock *l = lock_of(lock);
   if (l == nullptr) return SHM_E_ARGUMENT;
   const auto self = std::this_thread::get_id();
-  if (l->held.load(std::memory_order_relaxed) &&
-      l->owner.load(std::memory_order_relaxed) == self) {
+  if (l->held.load(std::memory_order_relaxed) && l->owner.load(std::memory_order_relaxed) == self) {
     return SHM_E_HELD;
   }
   for (unsigned spins = 0;; ++spins) {

@@ -19,20 +19,20 @@ extern "C" {
 
 /* Exported from korshm.dll on Windows, imported by everyone else there. */
 #if defined(_WIN32)
-#  if defined(korshm_EXPORTS)
-#    define SHM_API __declspec(dllexport)
-#  else
-#    define SHM_API __declspec(dllimport)
-#  endif
+#if defined(korshm_EXPORTS)
+#define SHM_API __declspec(dllexport)
 #else
-#  define SHM_API __attribute__((visibility("default")))
+#define SHM_API __declspec(dllimport)
+#endif
+#else
+#define SHM_API __attribute__((visibility("default")))
 #endif
 
 /* Statuses. */
 #define SHM_OK 0
-#define SHM_E_ARGUMENT 1  /* null handle address or a handle that names no lock */
-#define SHM_E_NO_MEMORY 2 /* no room for another lock */
-#define SHM_E_HELD 3      /* the calling thread already holds this lock */
+#define SHM_E_ARGUMENT 1   /* null handle address or a handle that names no lock */
+#define SHM_E_NO_MEMORY 2  /* no room for another lock */
+#define SHM_E_HELD 3       /* the calling thread already holds this lock */
 #define SHM_E_NOT_HOLDER 4 /* unlock by a thread that does not hold the lock */
 
 /* Interface version; libkorutl references it so that it loads only beside

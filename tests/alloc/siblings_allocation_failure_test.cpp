@@ -105,21 +105,22 @@ TEST_F(RsvAllocationFailure, OperationsAnswerOrFailCleanly) {
 TEST_F(RsvAllocationFailure, ImportIsWholeOrNothing) {
   static std::string reg_file;
   reg_file = reg_file_;
-  const SweepCase import[] = {{"rsv_import_file", [] {
-    uint16_t before = 0;
-    uint16_t after = 0;
-    rsv_query_key(kImported, &before, nullptr, "t", 1);  // a missing key leaves 0
-    uint32_t bad_line = 0;
-    const uint16_t rc = rsv_import_file(reg_file.c_str(), &bad_line, "t", 1);
-    // When the import failed, its failing call has come and gone: this
-    // count fails nothing.
-    rsv_query_key(kImported, &after, nullptr, "t", 1);
-    if (rc != RSV_OK) {
-      EXPECT_EQ(after, before) << "a failed import changed the store";
-      return false;
-    }
-    return after == 20;
-  }}};
+  const SweepCase import[] = {
+      {"rsv_import_file", [] {
+         uint16_t before = 0;
+         uint16_t after = 0;
+         rsv_query_key(kImported, &before, nullptr, "t", 1);  // a missing key leaves 0
+         uint32_t bad_line = 0;
+         const uint16_t rc = rsv_import_file(reg_file.c_str(), &bad_line, "t", 1);
+         // When the import failed, its failing call has come and gone: this
+         // count fails nothing.
+         rsv_query_key(kImported, &after, nullptr, "t", 1);
+         if (rc != RSV_OK) {
+           EXPECT_EQ(after, before) << "a failed import changed the store";
+           return false;
+         }
+         return after == 20;
+       }}};
   sweep_all(import);
 }
 

@@ -45,8 +45,8 @@ bool is_text(char *text, const char *expected, bool part = false) {
 // Whether a name list holds `want` names, `first` (unless null) the first
 // of them; releases it (both kinds of list are released alike).
 bool is_list(char **list, uint16_t count, uint16_t want, const char *first) {
-  const bool right = list != nullptr && count == want &&
-                     (first == nullptr || std::strcmp(list[0], first) == 0);
+  const bool right =
+      list != nullptr && count == want && (first == nullptr || std::strcmp(list[0], first) == 0);
   KORVOCfgFreeProductVersions(list);
   return right;
 }
@@ -66,7 +66,8 @@ class AllocationFailure : public korutl_test::TempStore {
 
 TEST_F(AllocationFailure, EveryOperationAnswersOrFailsCleanly) {
   const SweepCase cases[] = {
-      {"KORVOCfgGetValue", [] { return is_text(KORVOCfgGetValue(kVersion3, "Path"), "/opt/orrery-3"); }},
+      {"KORVOCfgGetValue",
+       [] { return is_text(KORVOCfgGetValue(kVersion3, "Path"), "/opt/orrery-3"); }},
       {"KORVOCfgGetProductVersions",
        [] {
          uint16_t count = 0;
@@ -80,9 +81,14 @@ TEST_F(AllocationFailure, EveryOperationAnswersOrFailsCleanly) {
          return is_list(list, count, 2, nullptr);
        }},
       {"KORVOCfgLocateAgentKey",
-       [] { return is_text(KORVOCfgLocateAgentKey("Orrery", "Probe"), "\\Instances\\lab\\Agents\\Probe", true); }},
+       [] {
+         return is_text(KORVOCfgLocateAgentKey("Orrery", "Probe"),
+                        "\\Instances\\lab\\Agents\\Probe", true);
+       }},
       {"KORVOCfgGetProductVersionLatestValue",
-       [] { return is_text(KORVOCfgGetProductVersionLatestValue("Orrery", "", "Path"), kVersion3); }},
+       [] {
+         return is_text(KORVOCfgGetProductVersionLatestValue("Orrery", "", "Path"), kVersion3);
+       }},
       {"KORVOCfgGetEnvironmentVars",
        [] {
          uint16_t count = 0;
@@ -113,7 +119,9 @@ TEST_F(AllocationFailure, EveryOperationAnswersOrFailsCleanly) {
                 std::strcmp(value, "German") == 0;
        }},
       {"KORVOStrGetEscapedXMLString",
-       [] { return is_text(KORVOStrGetEscapedXMLString("a<b & \"c\""), "a&lt;b &amp; &quot;c&quot;"); }},
+       [] {
+         return is_text(KORVOStrGetEscapedXMLString("a<b & \"c\""), "a&lt;b &amp; &quot;c&quot;");
+       }},
       {"KORVOStrCreateObjectId, copy, parent, text",
        [] {
          KORVOObjectId *id = KORVOStrCreateObjectId("\\host\\Orrery\\3\\lab", nullptr);
@@ -138,8 +146,10 @@ TEST_F(AllocationFailure, EveryOperationAnswersOrFailsCleanly) {
          KORVOHashTbl table;
          KORVOHashTblInit(&table);
          int created = 0, found = 0;
-         for (const std::string &key : kKeys) created += KORVOHashTblLookup(&table, key.c_str(), 16) != nullptr;
-         for (const std::string &key : kKeys) found += KORVOHashTblLookup(&table, key.c_str(), 0) != nullptr;
+         for (const std::string &key : kKeys)
+           created += KORVOHashTblLookup(&table, key.c_str(), 16) != nullptr;
+         for (const std::string &key : kKeys)
+           found += KORVOHashTblLookup(&table, key.c_str(), 0) != nullptr;
          EXPECT_EQ(found, created);
          KORVOHashTblDestroy(&table);
          return created == 200;
@@ -166,14 +176,17 @@ using AllocationFailureI18n = korutl_test::LanguageStore;
 TEST_F(AllocationFailureI18n, LocalisedTextAnswersOrFailsCleanly) {
   ASSERT_EQ(KORVOCfgRegisterLanguageFile("Halcyra", "2.2.1", "German", "hal_de.dll"), 0);
   const SweepCase chain[] = {{"KORVOLoadI18NStringEx on a fresh cache", [] {
-    KORVOStack *cache = nullptr;
-    KORVOInitI18n(&cache);
-    if (cache == nullptr) return false;
-    const char *text = KORVOLoadI18NStringEx(cache, "\\localhost\\Halcyra\\2.2.1.3", "German", "HAL_LANGUAGE");
-    const bool right = text != nullptr && std::strcmp(text, "Deutsch") == 0;
-    KORVOFiniteI18n(&cache);
-    return right;
-  }}};
+                                KORVOStack *cache = nullptr;
+                                KORVOInitI18n(&cache);
+                                if (cache == nullptr) return false;
+                                const char *text =
+                                    KORVOLoadI18NStringEx(cache, "\\localhost\\Halcyra\\2.2.1.3",
+                                                          "German", "HAL_LANGUAGE");
+                                const bool right =
+                                    text != nullptr && std::strcmp(text, "Deutsch") == 0;
+                                KORVOFiniteI18n(&cache);
+                                return right;
+                              }}};
   sweep_all(chain);
 }
 

@@ -29,7 +29,8 @@ struct Vector {
 
 std::vector<uint8_t> from_hex(const std::string &hex) {
   std::vector<uint8_t> out;
-  for (size_t i = 0; i + 1 < hex.size(); i += 2) out.push_back(static_cast<uint8_t>(std::stoi(hex.substr(i, 2), nullptr, 16)));
+  for (size_t i = 0; i + 1 < hex.size(); i += 2)
+    out.push_back(static_cast<uint8_t>(std::stoi(hex.substr(i, 2), nullptr, 16)));
   return out;
 }
 
@@ -63,11 +64,13 @@ TEST(SaferBlock, PublishedVectors) {
     (wide ? (v.strengthened ? seen_sk128 : seen_k128) : (v.strengthened ? seen_sk64 : seen_k64))++;
     // A 64-bit key is key A and key B at once.
     safer::Schedule schedule;
-    safer::expand_key(v.key.data(), v.key.data() + (wide ? 8 : 0), v.rounds, v.strengthened, schedule);
+    safer::expand_key(v.key.data(), v.key.data() + (wide ? 8 : 0), v.rounds, v.strengthened,
+                      schedule);
     uint8_t block[8];
     std::memcpy(block, v.plain.data(), 8);
     safer::encrypt_block(block, schedule);
-    EXPECT_EQ(std::vector<uint8_t>(block, block + 8), v.cipher) << v.source << " key " << v.key.size();
+    EXPECT_EQ(std::vector<uint8_t>(block, block + 8), v.cipher)
+        << v.source << " key " << v.key.size();
     safer::decrypt_block(block, schedule);
     EXPECT_EQ(std::vector<uint8_t>(block, block + 8), v.plain) << v.source;
   }

@@ -16,17 +16,22 @@ TEST_F(Win32Registry, CreateSetQueryWithWin32Semantics) {
   HKEY key = nullptr;
   DWORD disposition = 0;
   char no_class[] = "";
-  ASSERT_EQ(RegOpenKeyExA(HKEY_LOCAL_MACHINE, "SOFTWARE\\X", 0, KEY_READ, &key), ERROR_FILE_NOT_FOUND);
+  ASSERT_EQ(RegOpenKeyExA(HKEY_LOCAL_MACHINE, "SOFTWARE\\X", 0, KEY_READ, &key),
+            ERROR_FILE_NOT_FOUND);
   ASSERT_EQ(RegCreateKeyExA(HKEY_LOCAL_MACHINE, "SOFTWARE\\X", 0, no_class, 0, KEY_WRITE, nullptr,
-                            &key, &disposition), ERROR_SUCCESS);
+                            &key, &disposition),
+            ERROR_SUCCESS);
   EXPECT_EQ(disposition, DWORD{REG_CREATED_NEW_KEY});
   const DWORD d = 0x12345678;
-  EXPECT_EQ(RegSetValueExA(key, "d", 0, REG_DWORD, reinterpret_cast<const BYTE *>(&d), 4), ERROR_SUCCESS);
-  EXPECT_EQ(RegSetValueExA(key, "s", 0, REG_SZ, reinterpret_cast<const BYTE *>("text"), 5), ERROR_SUCCESS);
+  EXPECT_EQ(RegSetValueExA(key, "d", 0, REG_DWORD, reinterpret_cast<const BYTE *>(&d), 4),
+            ERROR_SUCCESS);
+  EXPECT_EQ(RegSetValueExA(key, "s", 0, REG_SZ, reinterpret_cast<const BYTE *>("text"), 5),
+            ERROR_SUCCESS);
   EXPECT_EQ(RegCloseKey(key), ERROR_SUCCESS);
 
   ASSERT_EQ(RegCreateKeyExA(HKEY_LOCAL_MACHINE, "software\\x", 0, no_class, 0, KEY_WRITE, nullptr,
-                            &key, &disposition), ERROR_SUCCESS);
+                            &key, &disposition),
+            ERROR_SUCCESS);
   EXPECT_EQ(disposition, DWORD{REG_OPENED_EXISTING_KEY});
   RegCloseKey(key);
 
@@ -37,15 +42,18 @@ TEST_F(Win32Registry, CreateSetQueryWithWin32Semantics) {
   EXPECT_EQ(size, 4u);
   char buf[8] = {};
   size = 4;
-  EXPECT_EQ(RegQueryValueExA(key, "s", nullptr, &type, reinterpret_cast<LPBYTE>(buf), &size), ERROR_MORE_DATA);
+  EXPECT_EQ(RegQueryValueExA(key, "s", nullptr, &type, reinterpret_cast<LPBYTE>(buf), &size),
+            ERROR_MORE_DATA);
   EXPECT_EQ(size, 5u);
   EXPECT_EQ(buf[0], '\0');
   size = sizeof buf;
-  EXPECT_EQ(RegQueryValueExA(key, "S", nullptr, &type, reinterpret_cast<LPBYTE>(buf), &size), ERROR_SUCCESS);
+  EXPECT_EQ(RegQueryValueExA(key, "S", nullptr, &type, reinterpret_cast<LPBYTE>(buf), &size),
+            ERROR_SUCCESS);
   EXPECT_STREQ(buf, "text");
   EXPECT_EQ(RegQueryValueExA(key, "none", nullptr, &type, nullptr, &size), ERROR_FILE_NOT_FOUND);
   // Opened for reading only: writing is refused.
-  EXPECT_EQ(RegSetValueExA(key, "s", 0, REG_SZ, reinterpret_cast<const BYTE *>("x"), 2), ERROR_ACCESS_DENIED);
+  EXPECT_EQ(RegSetValueExA(key, "s", 0, REG_SZ, reinterpret_cast<const BYTE *>("x"), 2),
+            ERROR_ACCESS_DENIED);
   EXPECT_EQ(RegCloseKey(key), ERROR_SUCCESS);
 }
 
@@ -57,9 +65,11 @@ TEST_F(Win32Registry, BadArgumentsAreRefused) {
   char no_class[] = "";
   EXPECT_EQ(RegOpenKeyExA(HKEY_LOCAL_MACHINE, "A", 0, KEY_READ, nullptr), ERROR_INVALID_PARAMETER);
   EXPECT_EQ(RegCreateKeyExA(HKEY_LOCAL_MACHINE, "A\\\\B", 0, no_class, 0, KEY_WRITE, nullptr, &key,
-                            nullptr), ERROR_INVALID_PARAMETER);
-  EXPECT_EQ(RegCreateKeyExA(HKEY_LOCAL_MACHINE, "A", 1, no_class, 0, KEY_WRITE, nullptr, &key,
-                            nullptr), ERROR_INVALID_PARAMETER);
+                            nullptr),
+            ERROR_INVALID_PARAMETER);
+  EXPECT_EQ(
+      RegCreateKeyExA(HKEY_LOCAL_MACHINE, "A", 1, no_class, 0, KEY_WRITE, nullptr, &key, nullptr),
+      ERROR_INVALID_PARAMETER);
   EXPECT_EQ(RegSetValueExA(HKEY_LOCAL_MACHINE, "v", 0, REG_SZ, nullptr, 0), ERROR_ACCESS_DENIED);
   EXPECT_EQ(RegCloseKey(nullptr), ERROR_INVALID_HANDLE);
   EXPECT_FALSE(store_exists());

@@ -10,11 +10,11 @@
 #include <string>
 #include <vector>
 
-#include "tests/support/expect_fault.h"
 #include "memshell/guard_heap.h"
 #include "memshell/memory_table.h"
 #include "memshell/shell.h"
 #include "platform/win32.h"
+#include "tests/support/expect_fault.h"
 
 using namespace korutl::memshell;
 
@@ -44,21 +44,29 @@ TEST_F(GuardHeap, LayoutFollowsThePageSize) {
     bool zeroed;
     uint32_t n;  // the size the heap records
   } cases[] = {
-      {1, false, 1}, {0, false, 1}, {4, false, 4}, {7, false, 7}, {8, false, 8},
-      {P - kHeaderSlot, false, P - kHeaderSlot},           // one data page, header at 0
-      {P - kHeaderSlot + 1, false, P - kHeaderSlot + 1},   // the first that needs two
-      {3 * P, false, 3 * P}, {0, true, 0}, {5, true, 5},
+      {1, false, 1},
+      {0, false, 1},
+      {4, false, 4},
+      {7, false, 7},
+      {8, false, 8},
+      {P - kHeaderSlot, false, P - kHeaderSlot},          // one data page, header at 0
+      {P - kHeaderSlot + 1, false, P - kHeaderSlot + 1},  // the first that needs two
+      {3 * P, false, 3 * P},
+      {0, true, 0},
+      {5, true, 5},
   };
   for (const Case &c : cases) {
     SCOPED_TRACE(testing::Message() << "request " << c.request << (c.zeroed ? " zeroed" : ""));
-    auto *user = static_cast<unsigned char *>(c.zeroed ? ncalloc(1, c.request) : nmalloc(c.request));
+    auto *user =
+        static_cast<unsigned char *>(c.zeroed ? ncalloc(1, c.request) : nmalloc(c.request));
     ASSERT_NE(user, nullptr);
     const uint32_t data_pages = (c.n + kHeaderSlot + P - 1) / P;
     const unsigned char *base = base_of(user);
     const size_t user_offset = size_t{data_pages} * P - c.n;
     const size_t header_offset = (user_offset - kHeaderBytes) & ~size_t{3};
     EXPECT_EQ(static_cast<size_t>(user - base), user_offset);
-    EXPECT_EQ(reinterpret_cast<uintptr_t>(user) % 8, c.n % 8 == 0 ? 0u : reinterpret_cast<uintptr_t>(user) % 8);
+    EXPECT_EQ(reinterpret_cast<uintptr_t>(user) % 8,
+              c.n % 8 == 0 ? 0u : reinterpret_cast<uintptr_t>(user) % 8);
     BlockHeader h;
     ASSERT_TRUE(nblock_find(user, &h));
     EXPECT_EQ(h.size, c.n);
@@ -68,7 +76,8 @@ TEST_F(GuardHeap, LayoutFollowsThePageSize) {
     std::memcpy(&magic, base + header_offset + 16, 4);
     EXPECT_EQ(magic, kBlockMagic);
     for (size_t i = 0; i < header_offset; ++i) ASSERT_EQ(base[i], 0xAA) << i;
-    for (size_t i = header_offset + kHeaderBytes; i < user_offset; ++i) ASSERT_EQ(base[i], 0xAA) << i;
+    for (size_t i = header_offset + kHeaderBytes; i < user_offset; ++i)
+      ASSERT_EQ(base[i], 0xAA) << i;
     for (size_t i = 0; i < c.n; ++i) ASSERT_EQ(user[i], c.zeroed ? 0x00 : 0xAA) << i;
     MEMORY_BASIC_INFORMATION info;
     VirtualQuery(base + size_t{data_pages} * P, &info, sizeof info);
@@ -237,8 +246,12 @@ TEST(MemoryTableReport, KnownSequence) {
         "\n=========================================================\n"
         "I     Memory table: a title that is longer than thirty-five characters I\n"
         "=========================================================\n"
-        "Addr:" + addr(beta) + " Size:     7 Line:  40 File : beta.x\n"
-        "Addr:" + addr(zero) + " Size:     0 Line:  -3 File : \n"
+        "Addr:" +
+        addr(beta) +
+        " Size:     7 Line:  40 File : beta.x\n"
+        "Addr:" +
+        addr(zero) +
+        " Size:     0 Line:  -3 File : \n"
         "No. of curr./all/max allocated items:             2             3             3\n"
         "No. of curr./all/max allocated bytes:             8           108           108\n"
         "\n";
@@ -258,7 +271,8 @@ TEST(MemoryTableReport, KnownSequence) {
         "No. of curr./all/max allocated bytes:             0           108           108\n"
         "\n";
     if (listed != 2 || text != expected || empty != 0 || empty_text != empty_expected) {
-      std::fprintf(stderr, "got:%s\nexpected:%s\n", (text + empty_text).c_str(), (expected + empty_expected).c_str());
+      std::fprintf(stderr, "got:%s\nexpected:%s\n", (text + empty_text).c_str(),
+                   (expected + empty_expected).c_str());
       std::_Exit(1);
     }
     std::_Exit(0);

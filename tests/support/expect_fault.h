@@ -26,12 +26,12 @@ inline LONG WINAPI exit_with_exception_code(EXCEPTION_POINTERS *e) {
 }
 }  // namespace korutl_test
 
-#define KORUTL_EXPECT_EXCEPTION(statement, code, regex)                                  \
-  EXPECT_EXIT(                                                                           \
-      {                                                                                  \
-        SetUnhandledExceptionFilter(::korutl_test::exit_with_exception_code);            \
-        statement;                                                                       \
-      },                                                                                 \
+#define KORUTL_EXPECT_EXCEPTION(statement, code, regex)                       \
+  EXPECT_EXIT(                                                                \
+      {                                                                       \
+        SetUnhandledExceptionFilter(::korutl_test::exit_with_exception_code); \
+        statement;                                                            \
+      },                                                                      \
       ::testing::ExitedWithCode(static_cast<int>(code)), regex)
 #define EXPECT_FAULT(statement) KORUTL_EXPECT_EXCEPTION(statement, EXCEPTION_ACCESS_VIOLATION, "")
 #define EXPECT_BREAKPOINT(statement, regex) \

@@ -39,7 +39,9 @@ void *__real_malloc(size_t size);
 void *__real_calloc(size_t count, size_t size);
 void *__real_realloc(void *block, size_t size);
 void *__real__Znwm(size_t size);
-WRAPPER void *__wrap_malloc(size_t size) { return fail_this_call() ? nullptr : __real_malloc(size); }
+WRAPPER void *__wrap_malloc(size_t size) {
+  return fail_this_call() ? nullptr : __real_malloc(size);
+}
 WRAPPER void *__wrap_calloc(size_t count, size_t size) {
   return fail_this_call() ? nullptr : __real_calloc(count, size);
 }

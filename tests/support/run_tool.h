@@ -21,8 +21,7 @@ struct ToolRun {
 // `args` is read as a POSIX shell reads words: quote what needs quoting.
 // `env` is a prefix of VAR=value assignments for this run only (may be
 // empty). On Windows the words are passed without a shell (win32_process.h).
-inline ToolRun run_tool(const std::string &args,
-                        const std::string &env = "") {
+inline ToolRun run_tool(const std::string &args, const std::string &env = "") {
 #ifdef KORUTL_TOOL_FILE
   const std::string tool = KORUTL_TOOL_FILE;
 #else

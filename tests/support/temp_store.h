@@ -27,14 +27,16 @@ class TempStore : public ::testing::Test {
   void SetUp() override {
 #if defined(_WIN32)
     static unsigned counter = 0;
-    const std::string name = std::to_string(GetCurrentProcessId()) + "-" + std::to_string(++counter);
+    const std::string name =
+        std::to_string(GetCurrentProcessId()) + "-" + std::to_string(++counter);
     dir_ = (std::filesystem::temp_directory_path() / ("korutl-store-" + name)).string();
     std::filesystem::create_directories(dir_);
     scratch_ = "Software\\korutl-tests\\" + name;
     RegDeleteTreeA(HKEY_CURRENT_USER, scratch_.c_str());  // a stale one of a dead process
     HKEY key = nullptr;
     ASSERT_EQ(RegCreateKeyExA(HKEY_CURRENT_USER, scratch_.c_str(), 0, nullptr, 0, KEY_ALL_ACCESS,
-                              nullptr, &key, nullptr), ERROR_SUCCESS);
+                              nullptr, &key, nullptr),
+              ERROR_SUCCESS);
     ASSERT_EQ(RegOverridePredefKey(HKEY_LOCAL_MACHINE, key), ERROR_SUCCESS);
     RegCloseKey(key);
     setenv("KORUTL_TEST_HKLM", scratch_.c_str(), 1);

@@ -46,8 +46,7 @@ void redirect_imports(HMODULE module, void *original, void *replacement) {
 
 struct Hooks {
   Hooks() {
-    void *box = reinterpret_cast<void *>(
-        GetProcAddress(LoadLibraryA("user32.dll"), "MessageBoxA"));
+    void *box = reinterpret_cast<void *>(GetProcAddress(LoadLibraryA("user32.dll"), "MessageBoxA"));
     void *stand_in = reinterpret_cast<void *>(&answer_box);
     redirect_imports(GetModuleHandleA(nullptr), box, stand_in);
     redirect_imports(GetModuleHandleA("korutl.dll"), box, stand_in);

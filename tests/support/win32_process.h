@@ -78,7 +78,7 @@ inline std::string command_line_word(const std::string &word) {
 
 // One program of a pipeline with its redirections.
 struct Stage {
-  std::string line;  // the command line
+  std::string line;     // the command line
   std::string in, out;  // files for "<" and ">", empty when not redirected
 };
 
@@ -112,8 +112,8 @@ inline HANDLE start_stage(std::string line, HANDLE in, HANDLE out, HANDLE err) {
 // `env` added to the environment, and returns the last program's exit code
 // (-1 when a program could not start). The last program's standard output
 // and every standard error go to `out`.
-inline int run_process(const std::string &program, const std::string &args,
-                       const std::string &env, std::string &out) {
+inline int run_process(const std::string &program, const std::string &args, const std::string &env,
+                       std::string &out) {
   std::vector<Stage> stages{{command_line_word(program), {}, {}}};
   const std::vector<ShellWord> words = shell_words(args);
   for (size_t i = 0; i < words.size(); ++i) {

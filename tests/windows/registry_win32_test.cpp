@@ -24,7 +24,8 @@ class SystemRegistry : public korutl_test::TempStore {};
 TEST_F(SystemRegistry, AllDoorsSeeOneTree) {
   HKEY key = nullptr;
   ASSERT_EQ(RegCreateKeyExA(HKEY_LOCAL_MACHINE, sub.c_str(), 0, nullptr, 0, KEY_ALL_ACCESS, nullptr,
-                            &key, nullptr), ERROR_SUCCESS);
+                            &key, nullptr),
+            ERROR_SUCCESS);
   ASSERT_EQ(RegSetValueExA(key, "FromApi", 0, REG_SZ, reinterpret_cast<const BYTE *>("api"), 4),
             ERROR_SUCCESS);
   char text[64];
