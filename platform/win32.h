@@ -35,7 +35,7 @@ using UINT = unsigned int;
 #define FALSE 0
 #endif
 
-// ---- Registry (platform/win32_registry.cpp) -------------------------------
+// ---- Registry (platform/unix/win32_registry.cpp) --------------------------
 // The registry functions read and write the configuration store, the same
 // tree libkorrsv.so serves, under the root HKEY_LOCAL_MACHINE only. Data
 // written through them keeps its bytes and type as given.
@@ -96,7 +96,7 @@ LONG RegSetValueExA(HKEY hKey, LPCSTR lpValueName, DWORD Reserved, DWORD dwType,
                     DWORD cbData);
 LONG RegCloseKey(HKEY hKey);
 
-// ---- Memory and error box (platform/win32_memory.cpp) ---------------------
+// ---- Memory and error box (platform/unix/win32_memory.cpp) ----------------
 
 struct SYSTEM_INFO {
   WORD wProcessorArchitecture;
@@ -164,7 +164,7 @@ int MessageBoxA(HWND owner, LPCSTR text, LPCSTR caption, UINT type);
 // Raises SIGTRAP.
 void DebugBreak();
 
-// ---- Critical sections (platform/win32_sync.cpp) --------------------------
+// ---- Critical sections (platform/unix/win32_sync.cpp) ---------------------
 
 // Recursive, as a Windows critical section is: the owning thread may enter
 // again and must leave as often.

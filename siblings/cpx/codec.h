@@ -1,5 +1,5 @@
-// The converter under libkorcpx: iconv on Linux (codec_iconv.cpp), the
-// Windows code-page functions on Windows (codec_win32.cpp). cpx.cpp keeps
+// The converter under libkorcpx: iconv on Linux (unix/codec.cpp), the
+// Windows code-page functions on Windows (win/codec.cpp). cpx.cpp keeps
 // the handles and the argument checks for both.
 #ifndef KORUTL_SIBLINGS_CPX_CODEC_H
 #define KORUTL_SIBLINGS_CPX_CODEC_H

@@ -1,5 +1,5 @@
 // The system's dynamic loader under libkoross: dlopen on Linux
-// (loader_dl.cpp), LoadLibraryA on Windows (loader_win32.cpp). oss.cpp
+// (unix/loader.cpp), LoadLibraryA on Windows (win/loader.cpp). oss.cpp
 // does the searching, the checks and the trace for both.
 #ifndef KORUTL_SIBLINGS_OSS_LOADER_H
 #define KORUTL_SIBLINGS_OSS_LOADER_H

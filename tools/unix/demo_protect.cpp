@@ -3,7 +3,7 @@
 
 #include "korutl.h"
 #include "tools/armor.h"
-#include "tools/demo.h"
+#include "tools/unix/demo.h"
 
 namespace korutl_tool::demo {
 

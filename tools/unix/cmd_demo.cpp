@@ -14,7 +14,7 @@
 #include <vector>
 
 #include "tools/commands.h"
-#include "tools/demo.h"
+#include "tools/unix/demo.h"
 
 namespace korutl_tool {
 

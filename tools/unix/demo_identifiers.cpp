@@ -2,7 +2,7 @@
 #include <string>
 
 #include "korutl.h"
-#include "tools/demo.h"
+#include "tools/unix/demo.h"
 
 namespace korutl_tool::demo {
 

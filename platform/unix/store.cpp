@@ -2,7 +2,7 @@
 // statement each); every write runs in one immediate transaction.
 #include "platform/store.h"
 
-#include "platform/store_connection.h"
+#include "platform/unix/store_connection.h"
 #include "platform/store_path.h"
 #include "platform/store_read_hook.h"
 

@@ -2,7 +2,7 @@
 #include <cstdio>
 #include <string>
 
-#include "tools/demo.h"
+#include "tools/unix/demo.h"
 #include "tools/unicode_text.h"
 
 namespace korutl_tool::demo {

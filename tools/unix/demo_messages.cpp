@@ -7,7 +7,7 @@
 #include <string>
 
 #include "korutl.h"
-#include "tools/demo.h"
+#include "tools/unix/demo.h"
 #include "tools/reg_values.h"
 
 namespace korutl_tool::demo {

@@ -1,4 +1,4 @@
-#include "platform/store_connection.h"
+#include "platform/unix/store_connection.h"
 
 #include <pthread.h>
 #include <sys/stat.h>

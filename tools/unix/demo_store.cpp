@@ -2,7 +2,7 @@
 #include <string>
 
 #include "siblings/rsv/rsv.h"
-#include "tools/demo.h"
+#include "tools/unix/demo.h"
 #include "tools/reg_tree.h"
 #include "tools/reg_values.h"
 

@@ -1,7 +1,7 @@
 #include <map>
 #include <utility>
 
-#include "tools/demo.h"
+#include "tools/unix/demo.h"
 
 namespace korutl_tool::demo {
 

@@ -6,7 +6,7 @@
 
 #include "korutl.h"
 #include "tools/cfg_tree.h"
-#include "tools/demo.h"
+#include "tools/unix/demo.h"
 #include "tools/reg_values.h"
 
 namespace korutl_tool::demo {
