@@ -80,7 +80,7 @@ extern "C" {
 KORUTL_API int32_t KORVOBase64Crypt(int32_t direction, const void *input, void *output,
                                     int32_t input_length) {
   if (input_length <= 0 || input == nullptr || output == nullptr) return 0;
-  if (direction == 1)
+  if (direction == KORVO_BASE64_ENCODE)
     return encode(static_cast<const uint8_t *>(input), input_length, static_cast<char *>(output));
   return decode(static_cast<const unsigned char *>(input), input_length,
                 static_cast<uint8_t *>(output));

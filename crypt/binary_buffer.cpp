@@ -44,14 +44,14 @@ void bytes_to_prefixed(const uint8_t *in, int32_t n, char *out, uint32_t *out_le
   uint8_t area[kMaxPrefixedPayload + 1];
   area[0] = static_cast<uint8_t>(n);
   if (n > 0) std::memcpy(area + 1, in, static_cast<size_t>(n));
-  *out_length = static_cast<uint32_t>(KORVOBase64Crypt(1, area, out, n + 1));
+  *out_length = static_cast<uint32_t>(KORVOBase64Crypt(KORVO_BASE64_ENCODE, area, out, n + 1));
 }
 
 void prefixed_to_bytes(const char *in, int32_t n, uint8_t *out, uint32_t *out_length) {
   set_empty(reinterpret_cast<char *>(out), out_length);
   if (n > kMaxPrefixedText) return;
   uint8_t area[kPrefixedArea];
-  const int32_t decoded = KORVOBase64Crypt(0, in, area, n);
+  const int32_t decoded = KORVOBase64Crypt(KORVO_BASE64_DECODE, in, area, n);
   if (decoded < 1) return;
   const int32_t payload = area[0];
   if (decoded < payload + 1) return;
@@ -66,7 +66,9 @@ extern "C" {
 
 KORUTL_API void KORVOCSPrepareBinaryBuffer(int32_t mode, const void *input, int32_t input_length,
                                            void *output, uint32_t *output_length) {
-  if (mode < -2 || mode > 2 || mode == 0) return;
+  if (mode != KORVO_BINARY_TO_HEX && mode != KORVO_HEX_TO_BINARY &&
+      mode != KORVO_BINARY_TO_BASE64 && mode != KORVO_BASE64_TO_BINARY)
+    return;
   if (output == nullptr || output_length == nullptr) return;
   char *out_text = static_cast<char *>(output);
   if (input_length < 0 || (input == nullptr && input_length != 0)) {
@@ -77,16 +79,16 @@ KORUTL_API void KORVOCSPrepareBinaryBuffer(int32_t mode, const void *input, int3
   const auto *in_text = static_cast<const char *>(input);
   auto *out_bytes = static_cast<uint8_t *>(output);
   switch (mode) {
-    case 2:
+    case KORVO_BINARY_TO_HEX:
       bytes_to_hex(in_bytes, input_length, out_text, output_length);
       break;
-    case -2:
+    case KORVO_HEX_TO_BINARY:
       hex_to_bytes(in_text, input_length, out_bytes, output_length);
       break;
-    case 1:
+    case KORVO_BINARY_TO_BASE64:
       bytes_to_prefixed(in_bytes, input_length, out_text, output_length);
       break;
-    default:
+    default:  // KORVO_BASE64_TO_BINARY
       prefixed_to_bytes(in_text, input_length, out_bytes, output_length);
       break;
   }

@@ -23,27 +23,30 @@ void set_empty(uint8_t *output, uint32_t *output_length) {
   *output_length = 0;
 }
 
-void run(bool protect, int32_t method, const uint8_t *input, uint32_t input_length, uint8_t *output,
-         uint32_t *output_length, const char *key) {
+void protect_or_restore(bool protect, int32_t method, const uint8_t *input, uint32_t input_length,
+                        uint8_t *output, uint32_t *output_length, const char *key) {
   if (output == nullptr || output_length == nullptr) return;
   if (input == nullptr && input_length != 0) {
     set_empty(output, output_length);
     return;
   }
-  if (method == 1) {
+  if (method == KORVO_CRYPT_SCRAMBLE) {
     if (input_length > kScrambleArea || key == nullptr) {
       set_empty(output, output_length);
       return;
     }
     uint8_t area[kScrambleArea];
     copy_to_first_zero(area, input, input_length);
-    KORVOObxCrypt(protect ? 1 : 2, reinterpret_cast<const uint8_t *>(key),
-                  static_cast<int32_t>(std::strlen(key)), area, static_cast<int32_t>(input_length));
+    KORVOObxCrypt(protect ? KORVO_OBX_SCRAMBLE : KORVO_OBX_UNSCRAMBLE,
+                  reinterpret_cast<const uint8_t *>(key), static_cast<int32_t>(std::strlen(key)),
+                  area, static_cast<int32_t>(input_length));
     copy_to_first_zero(output, area, input_length);
     output[input_length] = 0;
     *output_length = input_length;
-  } else if (method == 2) {
-    if (KORVOSaferCrypt(protect ? 6 : 7, input, input_length, output, output_length, key) == 0) {
+  } else if (method == KORVO_CRYPT_SAFER) {
+    if (KORVOSaferCrypt(
+            KORVO_CRYPT_SAFER_MODE | (protect ? KORVO_SAFER_ENCRYPT : KORVO_SAFER_DECRYPT), input,
+            input_length, output, output_length, key) == 0) {
       set_empty(output, output_length);
     }
   } else {
@@ -58,12 +61,12 @@ extern "C" {
 
 KORUTL_API void KORVOCSCryptBuffer(int32_t method, const uint8_t *input, uint32_t input_length,
                                    uint8_t *output, uint32_t *output_length, const char *key) {
-  run(true, method, input, input_length, output, output_length, key);
+  protect_or_restore(true, method, input, input_length, output, output_length, key);
 }
 
 KORUTL_API void KORVOCSDecryptBuffer(int32_t method, const uint8_t *input, uint32_t input_length,
                                      uint8_t *output, uint32_t *output_length, const char *key) {
-  run(false, method, input, input_length, output, output_length, key);
+  protect_or_restore(false, method, input, input_length, output, output_length, key);
 }
 
 }  // extern "C"

@@ -19,22 +19,13 @@ struct ModeInfo {
   int short_key_rounds;  // rounds for a key text of at most 8 characters
 };
 
+// Modes 0-7 are sums of the KORVO_SAFER_* flags; the K schedule always
+// gives a short key 6 rounds, so the 6-round flag changes only SK modes.
 ModeInfo mode_info(int32_t mode) {
-  switch (mode) {
-    case 1:
-    case 5:
-      return {true, false, 6};
-    case 2:
-      return {false, true, 8};
-    case 3:
-      return {true, true, 8};
-    case 6:
-      return {false, true, 6};
-    case 7:
-      return {true, true, 6};
-    default:
-      return {false, false, 6};
-  }
+  if (mode < 0 || mode > 7) return {false, false, 6};
+  const bool strengthened = (mode & KORVO_SAFER_SK) != 0;
+  const bool six = !strengthened || (mode & KORVO_SAFER_SHORT_KEY_6_ROUNDS) != 0;
+  return {(mode & KORVO_SAFER_DECRYPT) != 0, strengthened, six ? 6 : 8};
 }
 
 // Reads the key text as a base-95 number modulo 2^128 into 16 bytes, least

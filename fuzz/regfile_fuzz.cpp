@@ -6,7 +6,7 @@
 #include <string_view>
 
 #include "platform/regfile.h"
-#include "platform/store_path.h"
+#include "platform/store_rules.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   std::vector<korutl::store::KeyRecord> records;

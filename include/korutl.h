@@ -12,9 +12,9 @@
  * must provide, that size is a hard requirement: the function writes up to
  * it and never beyond.
  *
- * Sections, in the order of the library's layers:
- *   identification, digit values, then one section per family below;
- *   a section without declarations is still to come.
+ * Sections, in the order of the library's layers: identification, digit
+ * values, then one section per family below. docs/design.md names the
+ * source files behind each section.
  */
 #ifndef KORUTL_H
 #define KORUTL_H
@@ -222,7 +222,8 @@ KORUTL_API void KORVOCleanupInternalProducts(KORVOIntProdData *record);
  * cached, so each call sees the store as it is.
  *
  * A name list (versions of a product, instances of a version) is one
- * malloc block: n text pointers followed by n name slots of 256 bytes,
+ * malloc block: n text pointers followed by n name slots of
+ * KORVO_NAME_SLOT (256) bytes,
  * with the count n delivered separately. It is ordered by the version
  * key, greatest first: up to four runs of decimal digits p1..p4 of the
  * name (other characters skipped, missing runs 0) give
@@ -238,6 +239,9 @@ KORUTL_API void KORVOCleanupInternalProducts(KORVOIntProdData *record);
  * value, a store error and exhausted memory are not told apart, and a
  * failing call leaves nothing allocated.
  * ------------------------------------------------------------------------ */
+
+/* Bytes of one name slot of a name list, and of a composed key path. */
+#define KORVO_NAME_SLOT 256
 
 /* The versions of `product` (subkeys of its "Versions" key) as a name
  * list, greatest version first; *count (count may be null) receives the
@@ -390,10 +394,14 @@ KORUTL_API uint8_t KORVOCfgCheckAuthorization(const char *userName,
  *
  * The values stored under one key of the configuration tree, in the order
  * they were first set. Value names have at most 32 characters here (they
- * travel in 33-byte slots); a value with a longer name is never reported
+ * travel in slots of KORVO_VALUE_NAME_SLOT bytes); a value with a longer
+ * name is never reported
  * under a cut name. Value data are read as text of at most 1535
  * characters.
  * ------------------------------------------------------------------------ */
+
+/* Bytes of one value-name slot: 32 characters and the terminating zero. */
+#define KORVO_VALUE_NAME_SLOT 33
 
 /* Called once per value with its name and its text (both zero-terminated,
  * valid only during the call, owned by the library). The result is not
@@ -915,7 +923,8 @@ KORUTL_API int32_t KORVOConvertUTF7toUCS2(const uint8_t **source_start, const ui
  * strengthened (SK) key schedule, anything else the K schedule. Rounds: 10
  * for a key text of 9 or more characters (128-bit key); for a shorter key
  * 8 with modes 2 and 3 and 6 otherwise (so 4/5 equal 0/1, and 6/7 are SK
- * with 6 rounds).
+ * with 6 rounds). Within 0-7 a mode is the sum of the KORVO_SAFER_* flags
+ * below; values outside 0-7 encrypt with the K schedule.
  *
  * `key_text`: a zero-terminated number in base 95, digits ' ' (0) to '~'
  * (94), most significant first, taken modulo 2^128; the empty text is the
@@ -929,12 +938,24 @@ KORUTL_API int32_t KORVOConvertUTF7toUCS2(const uint8_t **source_start, const ui
  * Ciphertexts fall under the same 8,192-byte input limit, so plaintexts
  * of more than 8,176 bytes encrypt to texts that cannot be decrypted.
  * No shared state: callable from any thread. */
+#define KORVO_SAFER_ENCRYPT 0            /* no flag: encrypt, K schedule */
+#define KORVO_SAFER_DECRYPT 1            /* decrypt */
+#define KORVO_SAFER_SK 2                 /* the strengthened key schedule */
+#define KORVO_SAFER_SHORT_KEY_6_ROUNDS 4 /* a key text of up to 8 characters gets 6 rounds */
+
 KORUTL_API int32_t KORVOSaferCrypt(int32_t mode, const uint8_t *input, uint32_t input_length,
                                    uint8_t *output, uint32_t *output_length, const char *key_text);
 
 /* ------------------------------------------------------------------------
  * Buffer crypt front end, XOR scrambler, Base64 and hexadecimal
  * ------------------------------------------------------------------------ */
+
+/* Methods of KORVOCSCryptBuffer and KORVOCSDecryptBuffer. */
+#define KORVO_CRYPT_SCRAMBLE 1
+#define KORVO_CRYPT_SAFER 2
+/* The KORVOSaferCrypt mode behind KORVO_CRYPT_SAFER (6); restoring adds
+ * KORVO_SAFER_DECRYPT (7). */
+#define KORVO_CRYPT_SAFER_MODE (KORVO_SAFER_SK | KORVO_SAFER_SHORT_KEY_6_ROUNDS)
 
 /* Protects `input` by `method`: 1 the XOR scrambler (KORVOObxCrypt with the
  * key text as key), 2 SAFER (KORVOSaferCrypt mode 6), anything else a copy.
@@ -968,6 +989,9 @@ KORUTL_API void KORVOCSDecryptBuffer(int32_t method, const uint8_t *input, uint3
  * does not change the result. A length of 0 or less changes nothing; a
  * null or empty key starts the keystream at 0. Obfuscation, not
  * encryption. */
+#define KORVO_OBX_SCRAMBLE 1
+#define KORVO_OBX_UNSCRAMBLE 2
+
 KORUTL_API void KORVOObxCrypt(int32_t direction, const uint8_t *key, int32_t key_length,
                               uint8_t *buffer, int32_t buffer_length);
 
@@ -981,6 +1005,9 @@ KORUTL_API void KORVOObxCrypt(int32_t direction, const uint8_t *key, int32_t key
  * the number of characters or bytes written, without the terminator. An
  * input length of 0 or less, or a null pointer, returns 0 and writes
  * nothing. Tables are constants: callable from any thread. */
+#define KORVO_BASE64_ENCODE 1
+#define KORVO_BASE64_DECODE 0 /* as any value other than KORVO_BASE64_ENCODE */
+
 KORUTL_API int32_t KORVOBase64Crypt(int32_t direction, const void *input, void *output,
                                     int32_t input_length);
 
@@ -1002,6 +1029,11 @@ KORUTL_API int32_t KORVOBase64Crypt(int32_t direction, const void *input, void *
  * A negative input length in modes -2 to 2 gives the empty result
  * (output[0] = 0, length 0); null `output` or `output_length` does
  * nothing. */
+#define KORVO_BINARY_TO_HEX 2
+#define KORVO_HEX_TO_BINARY (-2)
+#define KORVO_BINARY_TO_BASE64 1
+#define KORVO_BASE64_TO_BINARY (-1)
+
 KORUTL_API void KORVOCSPrepareBinaryBuffer(int32_t mode, const void *input, int32_t input_length,
                                            void *output, uint32_t *output_length);
 

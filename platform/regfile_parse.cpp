@@ -6,7 +6,7 @@
 
 #include "platform/regfile.h"
 #include "platform/regfile_text.h"
-#include "platform/store_path.h"
+#include "platform/store_rules.h"
 
 namespace korutl::regfile {
 

@@ -16,6 +16,8 @@
 #include <string_view>
 #include <vector>
 
+#include "siblings/rsv/rsv.h"
+
 namespace korutl::store {
 
 enum class Status {
@@ -33,15 +35,15 @@ constexpr size_t max_value_name_length = 16383;
 constexpr size_t max_depth = 512;
 constexpr size_t max_value_size = 1024 * 1024;
 
-// Registry value types, numbered as Windows numbers them.
+// Registry value types, the registry service's codes.
 enum ValueType : uint32_t {
-  type_none = 0,
-  type_sz = 1,
-  type_expand_sz = 2,
-  type_binary = 3,
-  type_dword = 4,
-  type_multi_sz = 7,
-  type_qword = 11,
+  type_none = RSV_REG_NONE,
+  type_sz = RSV_REG_SZ,
+  type_expand_sz = RSV_REG_EXPAND_SZ,
+  type_binary = RSV_REG_BINARY,
+  type_dword = RSV_REG_DWORD,
+  type_multi_sz = RSV_REG_MULTI_SZ,
+  type_qword = RSV_REG_QWORD,
 };
 
 struct Value {

@@ -15,6 +15,8 @@
 
 #include <pthread.h>
 
+#include "siblings/rsv/rsv.h"
+
 // Win32 base types with their Windows widths.
 using BOOL = int;
 using BYTE = uint8_t;
@@ -72,13 +74,14 @@ using LPSECURITY_ATTRIBUTES = void *;
 #define REG_CREATED_NEW_KEY 0x1
 #define REG_OPENED_EXISTING_KEY 0x2
 
-#define REG_NONE 0
-#define REG_SZ 1
-#define REG_EXPAND_SZ 2
-#define REG_BINARY 3
-#define REG_DWORD 4
-#define REG_MULTI_SZ 7
-#define REG_QWORD 11
+// The registry service numbers value types as Windows does.
+#define REG_NONE RSV_REG_NONE
+#define REG_SZ RSV_REG_SZ
+#define REG_EXPAND_SZ RSV_REG_EXPAND_SZ
+#define REG_BINARY RSV_REG_BINARY
+#define REG_DWORD RSV_REG_DWORD
+#define REG_MULTI_SZ RSV_REG_MULTI_SZ
+#define REG_QWORD RSV_REG_QWORD
 
 // Opens an existing key below hKey (HKEY_LOCAL_MACHINE or an open key);
 // ERROR_FILE_NOT_FOUND when it is missing. The access mask is recorded:

@@ -6,6 +6,8 @@
 
 #include <cstddef>
 
+#include "korutl.h"
+
 namespace korutl::cfg {
 
 // Trace modules handed to the registry service with each call.
@@ -13,13 +15,9 @@ inline constexpr const char *prodcfg_module = "readconfig/prodcfg";
 inline constexpr const char *plugcfg_module = "readconfig/plugcfg";
 
 // A key path buffer: at most 255 characters and the zero.
-inline constexpr size_t path_size = 256;
+inline constexpr size_t path_size = KORVO_NAME_SLOT;
 // The latest-value search composes its result in a larger one.
-inline constexpr size_t latest_path_size = 768;
-// Name slots of the name lists (subkey names, at most 255 characters).
-inline constexpr size_t name_slot = 256;
-// Value-name slots: at most 32 characters and the zero.
-inline constexpr size_t value_name_slot = 33;
+inline constexpr size_t latest_path_size = 3 * KORVO_NAME_SLOT;
 
 #define KORUTL_CFG_ROOT "HKEY_LOCAL_MACHINE\\SOFTWARE\\Vantrel\\Halcyra"
 inline constexpr const char *product_key = KORUTL_CFG_ROOT "\\Products\\%s";

@@ -6,6 +6,7 @@
 #include "readconfig/cfg_paths.h"
 #include "readconfig/name_list.h"
 #include "siblings/rsv/rsv.h"
+#include "utl/rsv_names.h"
 
 namespace cfg = korutl::cfg;
 
@@ -25,26 +26,25 @@ extern "C" {
 
 KORUTL_API void KORVOCfgEnumerate(const char *keyPath, KORVOCfgEnumCallback callback) {
   if (callback == nullptr) return;
-  uint16_t subkeys = 0;
-  uint16_t values = 0;
-  if (rsv_query_key(keyPath, &subkeys, &values, cfg::prodcfg_module, __LINE__) != RSV_OK ||
-      values == 0)
-    return;
-  auto **names = static_cast<char **>(std::malloc(values * sizeof(char *)));
-  auto *block = static_cast<char *>(std::malloc(values * cfg::value_name_slot));
-  if (names != nullptr && block != nullptr) {
-    for (uint16_t i = 0; i < values; ++i) names[i] = block + i * cfg::value_name_slot;
-    uint16_t written = values;
-    if (rsv_enum_values(keyPath, names, &written, cfg::prodcfg_module, __LINE__) == RSV_OK) {
-      char data[data_size];
-      for (uint16_t i = 0; i < written; ++i) {
-        if (cfg::ValueNameWasCut(keyPath, names, i)) continue;  // not a name of this key
-        uint16_t length = data_size;
-        if (rsv_get_value(keyPath, names[i], data, &length, cfg::prodcfg_module, __LINE__) ==
-            RSV_OK)
-          callback(names[i], data);
-      }
-    }
+  char **names = nullptr;
+  char *block = nullptr;
+  uint16_t written = 0;
+  const uint16_t rc = korutl::enumerate_names(
+      keyPath, korutl::NameKind::value,
+      [&](uint16_t n) -> char ** {
+        names = static_cast<char **>(std::malloc(n * sizeof(char *)));
+        block = static_cast<char *>(std::malloc(n * KORVO_VALUE_NAME_SLOT));
+        if (names == nullptr || block == nullptr) return nullptr;
+        for (uint16_t i = 0; i < n; ++i) names[i] = block + i * KORVO_VALUE_NAME_SLOT;
+        return names;
+      },
+      written, cfg::prodcfg_module, __LINE__);
+  char data[data_size];
+  for (uint16_t i = 0; rc == RSV_OK && i < written; ++i) {
+    if (cfg::ValueNameWasCut(keyPath, names, i)) continue;  // not a name of this key
+    uint16_t length = data_size;
+    if (rsv_get_value(keyPath, names[i], data, &length, cfg::prodcfg_module, __LINE__) == RSV_OK)
+      callback(names[i], data);
   }
   std::free(block);
   std::free(names);
@@ -65,21 +65,26 @@ KORUTL_API char **KORVOCfgGetEnvironmentVars(const char *component, uint16_t *co
   if (component == nullptr || *component == '\0' ||
       !cfg::compose(key, sizeof key, cfg::environment_key, component))
     return nullptr;
-  uint16_t values = 0;
-  if (rsv_query_key(key, nullptr, &values, cfg::prodcfg_module, __LINE__) != RSV_OK || values == 0)
-    return nullptr;
-  auto **names = static_cast<char **>(std::malloc(values * sizeof(char *)));
+  char **names = nullptr;
+  uint16_t values = 0;  // the slots laid out
+  uint16_t written = 0;
+  const uint16_t rc = korutl::enumerate_names(
+      key, korutl::NameKind::value,
+      [&names, &values](uint16_t n) -> char ** {
+        values = n;
+        names = static_cast<char **>(std::malloc(n * sizeof(char *)));
+        for (uint16_t i = 0; names != nullptr && i < n; ++i) {
+          names[i] = static_cast<char *>(std::malloc(KORVO_VALUE_NAME_SLOT));
+          if (names[i] == nullptr) {
+            free_slots(names, i);
+            names = nullptr;
+          }
+        }
+        return names;
+      },
+      written, cfg::prodcfg_module, __LINE__);
   if (names == nullptr) return nullptr;
-  for (uint16_t i = 0; i < values; ++i) {
-    names[i] = static_cast<char *>(std::malloc(cfg::value_name_slot));
-    if (names[i] == nullptr) {
-      free_slots(names, i);
-      return nullptr;
-    }
-  }
-  uint16_t written = values;
-  bool complete =
-      rsv_enum_values(key, names, &written, cfg::prodcfg_module, __LINE__) == RSV_OK && written > 0;
+  bool complete = rc == RSV_OK && written > 0;
   // A cut name is the name of no variable: the list is refused whole.
   for (uint16_t i = 0; complete && i < written; ++i)
     complete = !cfg::ValueNameWasCut(key, names, i);

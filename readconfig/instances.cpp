@@ -48,7 +48,7 @@ KORUTL_API char *KORVOCfgLocateAgentKey(const char *product, const char *agent) 
     char instances[cfg::path_size];
     if (!cfg::compose(instances, sizeof instances, cfg::instances_key, product, versions[i])) break;
     // Only the first instance in the service's own order is looked at.
-    char first[cfg::name_slot];
+    char first[KORVO_NAME_SLOT];
     char *slot = first;
     uint16_t one = 1;
     if (rsv_enum_subkeys(instances, &slot, &one, cfg::prodcfg_module, __LINE__) != RSV_OK ||

@@ -6,10 +6,15 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "korutl.h"
 #include "readconfig/cfg_paths.h"
 #include "siblings/rsv/rsv.h"
+#include "utl/rsv_names.h"
 
 namespace korutl::cfg {
+
+// The library hands out the registry service's slots as they come.
+static_assert(KORVO_NAME_SLOT == RSV_SUBKEY_SLOT && KORVO_VALUE_NAME_SLOT == RSV_VALUE_SLOT);
 
 uint32_t VersionSortKey(const char *name) {
   if (name == nullptr) return 0;
@@ -36,22 +41,24 @@ int CompareVersionsDescending(const void *a, const void *b) {
 }
 
 char **ListSubkeysByVersion(const char *key, uint16_t *count) {
-  if (count != nullptr) *count = 0;
-  uint16_t subkeys = 0;
-  uint16_t values = 0;
-  if (rsv_query_key(key, &subkeys, &values, prodcfg_module, __LINE__) != RSV_OK || subkeys == 0)
-    return nullptr;
-  auto **names = static_cast<char **>(std::malloc(subkeys * (sizeof(char *) + name_slot)));
-  if (names == nullptr) {
-    if (count != nullptr) *count = subkeys;
-    return nullptr;
-  }
-  char *slots = reinterpret_cast<char *>(names + subkeys);
-  for (uint16_t i = 0; i < subkeys; ++i) names[i] = slots + i * name_slot;
-  uint16_t written = subkeys;
+  char **names = nullptr;
+  uint16_t written = 0;
+  const uint16_t rc = enumerate_names(
+      key, NameKind::subkey,
+      [&names](uint16_t n) {
+        names = static_cast<char **>(std::malloc(n * (sizeof(char *) + KORVO_NAME_SLOT)));
+        if (names == nullptr) return names;
+        char *slots = reinterpret_cast<char *>(names + n);
+        for (uint16_t i = 0; i < n; ++i) names[i] = slots + i * KORVO_NAME_SLOT;
+        return names;
+      },
+      written, prodcfg_module, __LINE__);
+  // When the block could not be had, the count tells how many names the
+  // key reported.
+  if (count != nullptr) *count = names == nullptr ? written : 0;
   // Fewer names than asked for (subkeys removed meanwhile) are sorted as
   // they are; none at all is an empty key, a failure like any other.
-  if (rsv_enum_subkeys(key, names, &written, prodcfg_module, __LINE__) != RSV_OK || written == 0) {
+  if (rc != RSV_OK || written == 0) {
     std::free(names);
     return nullptr;
   }
@@ -61,7 +68,7 @@ char **ListSubkeysByVersion(const char *key, uint16_t *count) {
 }
 
 bool ValueNameWasCut(const char *key, char *const *names, uint16_t i) {
-  if (std::strlen(names[i]) < value_name_slot - 1) return false;
+  if (std::strlen(names[i]) < KORVO_VALUE_NAME_SLOT - 1) return false;
   for (uint16_t j = 0; j < i; ++j)
     if (strcasecmp(names[j], names[i]) == 0) return true;
   return rsv_get_value(key, names[i], nullptr, nullptr, prodcfg_module, __LINE__) != RSV_OK;

@@ -18,8 +18,8 @@ using Bytes = std::vector<uint8_t>;
 inline std::optional<std::string> base64_encode(const Bytes &in) {
   if (in.size() > static_cast<size_t>(INT32_MAX) / 4 * 3 - 3) return std::nullopt;
   std::string out((in.size() + 2) / 3 * 4 + 1, '\0');
-  out.resize(static_cast<size_t>(
-      KORVOBase64Crypt(1, in.data(), out.data(), static_cast<int32_t>(in.size()))));
+  out.resize(static_cast<size_t>(KORVOBase64Crypt(KORVO_BASE64_ENCODE, in.data(), out.data(),
+                                                  static_cast<int32_t>(in.size()))));
   return out;
 }
 
@@ -28,8 +28,8 @@ inline std::optional<std::string> base64_encode(const Bytes &in) {
 inline std::optional<Bytes> base64_decode(const Bytes &text) {
   if (text.size() > static_cast<size_t>(INT32_MAX)) return std::nullopt;
   Bytes out(text.size() / 4 * 3 + 1);
-  out.resize(static_cast<size_t>(
-      KORVOBase64Crypt(0, text.data(), out.data(), static_cast<int32_t>(text.size()))));
+  out.resize(static_cast<size_t>(KORVOBase64Crypt(KORVO_BASE64_DECODE, text.data(), out.data(),
+                                                  static_cast<int32_t>(text.size()))));
   const size_t whole = text.size() / 4 * 4;
   size_t pads = 0;
   while (pads < 2 && pads < whole && text[whole - 1 - pads] == '=') ++pads;
@@ -41,7 +41,8 @@ inline std::optional<std::string> hex_encode(const Bytes &in) {
   if (in.size() > static_cast<size_t>(INT32_MAX) / 2) return std::nullopt;
   std::string out(in.size() * 2 + 1, '\0');
   uint32_t len = 0;
-  KORVOCSPrepareBinaryBuffer(2, in.data(), static_cast<int32_t>(in.size()), out.data(), &len);
+  KORVOCSPrepareBinaryBuffer(KORVO_BINARY_TO_HEX, in.data(), static_cast<int32_t>(in.size()),
+                             out.data(), &len);
   out.resize(len);
   return out;
 }
@@ -50,7 +51,8 @@ inline std::optional<Bytes> hex_decode(const Bytes &text) {
   if (text.size() > static_cast<size_t>(INT32_MAX)) return std::nullopt;
   Bytes out((text.size() + 1) / 2 + 1);
   uint32_t len = 0;
-  KORVOCSPrepareBinaryBuffer(-2, text.data(), static_cast<int32_t>(text.size()), out.data(), &len);
+  KORVOCSPrepareBinaryBuffer(KORVO_HEX_TO_BINARY, text.data(), static_cast<int32_t>(text.size()),
+                             out.data(), &len);
   out.resize(len);
   return out;
 }

@@ -77,15 +77,17 @@ int run(const CryptOptions &opt) {
   Bytes out(in.size() + 16);
   uint32_t len = 0;
   if (opt.method == "safer") {
-    // The front end's SAFER method (modes 6 and 7), called directly so that
+    // The front end's SAFER method (KORVO_CRYPT_SAFER_MODE), called directly so that
     // an empty plaintext and a failed restore can be told apart.
-    if (KORVOSaferCrypt(protect ? 6 : 7, in.data(), n, out.data(), &len, key->c_str()) == 0) {
+    if (KORVOSaferCrypt(
+            KORVO_CRYPT_SAFER_MODE | (protect ? KORVO_SAFER_ENCRYPT : KORVO_SAFER_DECRYPT),
+            in.data(), n, out.data(), &len, key->c_str()) == 0) {
       if (in.size() >= 8192) return fail("input too long for SAFER (at most 8,191 bytes)");
       return fail(protect ? "the key text may hold only the characters from blank to '~'"
                           : "restore failed: wrong key, wrong method or damaged input");
     }
   } else {
-    const int32_t method = opt.method == "xor" ? 1 : 0;
+    const int32_t method = opt.method == "xor" ? KORVO_CRYPT_SCRAMBLE : 0;  // 0: a copy
     (protect ? KORVOCSCryptBuffer : KORVOCSDecryptBuffer)(method, in.data(), n, out.data(), &len,
                                                           key->c_str());
     if (len != n) return fail("input too long for the XOR scrambler (at most 2,048 bytes)");

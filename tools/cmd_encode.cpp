@@ -29,7 +29,8 @@ int run_prefixed(const Bytes &in, bool decode) {
     if (in.size() > 2735) return fail("not a length-prefixed Base64 text (too long)");
     Bytes out(256);
     uint32_t len = 0;
-    KORVOCSPrepareBinaryBuffer(-1, in.data(), static_cast<int32_t>(in.size()), out.data(), &len);
+    KORVOCSPrepareBinaryBuffer(KORVO_BASE64_TO_BINARY, in.data(), static_cast<int32_t>(in.size()),
+                               out.data(), &len);
     // An empty result is either an empty payload (length byte 0) or a text
     // that does not hold what its length byte announces.
     if (len == 0) {
@@ -41,7 +42,8 @@ int run_prefixed(const Bytes &in, bool decode) {
   if (in.size() > 255) return fail("the prefixed form holds at most 255 bytes");
   std::string out(345, '\0');
   uint32_t len = 0;
-  KORVOCSPrepareBinaryBuffer(1, in.data(), static_cast<int32_t>(in.size()), out.data(), &len);
+  KORVOCSPrepareBinaryBuffer(KORVO_BINARY_TO_BASE64, in.data(), static_cast<int32_t>(in.size()),
+                             out.data(), &len);
   out.resize(len);
   out += '\n';
   return write_all(out.data(), out.size()) ? 0 : 1;

@@ -8,6 +8,7 @@
 #include "korutl.h"
 #include "siblings/rsv/rsv.h"
 #include "tools/commands.h"
+#include "tools/reg_values.h"
 
 namespace korutl_tool {
 
@@ -26,23 +27,16 @@ struct LangArgs {
 void list_languages(const LangArgs &a) {
   const std::string key = "HKEY_LOCAL_MACHINE\\SOFTWARE\\Vantrel\\Halcyra\\Products\\" + a.product +
                           "\\Versions\\" + a.version + "\\Languages";
-  uint16_t count = 0;
-  if (rsv_query_key(key.c_str(), nullptr, &count, M, __LINE__) != RSV_OK) {
+  std::vector<std::string> names;
+  if (list_names(key, korutl::NameKind::value, names, M) != RSV_OK) {
     std::fprintf(stderr, "korutl: no languages registered for %s %s\n", a.product.c_str(),
                  a.version.c_str());
     exit_code = 1;
     return;
   }
-  std::vector<std::vector<char>> slots(count, std::vector<char>(33));
-  std::vector<char *> names;
-  for (auto &slot : slots) names.push_back(slot.data());
-  if (count > 0 && rsv_enum_values(key.c_str(), names.data(), &count, M, __LINE__) != RSV_OK) {
-    exit_code = 1;
-    return;
-  }
-  for (uint16_t i = 0; i < count; ++i) {
-    char *file = KORVOCfgGetValue(key.c_str(), names[i]);
-    std::printf("%s=%s\n", names[i], file != nullptr ? file : "");
+  for (const std::string &name : names) {
+    char *file = KORVOCfgGetValue(key.c_str(), name.c_str());
+    std::printf("%s=%s\n", name.c_str(), file != nullptr ? file : "");
     std::free(file);
   }
 }

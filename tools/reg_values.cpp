@@ -10,30 +10,31 @@
 
 namespace korutl_tool {
 
-namespace {
-
-// Value names come in slots of 33 bytes, subkey names in slots of 256.
-std::vector<std::string> names_of(const std::string &key, bool values) {
-  uint16_t subkeys = 0, value_count = 0;
-  if (rsv_query_key(key.c_str(), &subkeys, &value_count, kRegModule, __LINE__) != RSV_OK) return {};
-  uint16_t count = values ? value_count : subkeys;
-  const size_t slot = values ? 33 : 256;
-  std::vector<char> slots(size_t{count} * slot + 1);
+uint16_t list_names(const std::string &key, korutl::NameKind kind, std::vector<std::string> &names,
+                    const char *module) {
+  const size_t slot = korutl::name_slot_size(kind);
+  std::vector<char> slots;
   std::vector<char *> ptrs;
-  for (uint16_t i = 0; i < count; ++i) ptrs.push_back(slots.data() + i * slot);
-  const uint16_t rc =
-      values ? rsv_enum_values(key.c_str(), ptrs.data(), &count, kRegModule, __LINE__)
-             : rsv_enum_subkeys(key.c_str(), ptrs.data(), &count, kRegModule, __LINE__);
-  if (rc != RSV_OK) return {};
-  return {ptrs.begin(), ptrs.begin() + count};
+  uint16_t count = 0;
+  const uint16_t rc = korutl::enumerate_names(
+      key.c_str(), kind,
+      [&](uint16_t n) {
+        slots.resize(size_t{n} * slot);
+        for (uint16_t i = 0; i < n; ++i) ptrs.push_back(slots.data() + i * slot);
+        return ptrs.data();
+      },
+      count, module, __LINE__);
+  names.assign(ptrs.begin(), ptrs.begin() + count);
+  return rc;
 }
 
-}  // namespace
-
 const std::map<std::string, uint32_t> &reg_type_codes() {
-  static const std::map<std::string, uint32_t> codes = {{"REG_SZ", 1},       {"REG_EXPAND_SZ", 2},
-                                                        {"REG_BINARY", 3},   {"REG_DWORD", 4},
-                                                        {"REG_MULTI_SZ", 7}, {"REG_QWORD", 11}};
+  static const std::map<std::string, uint32_t> codes = {{"REG_SZ", RSV_REG_SZ},
+                                                        {"REG_EXPAND_SZ", RSV_REG_EXPAND_SZ},
+                                                        {"REG_BINARY", RSV_REG_BINARY},
+                                                        {"REG_DWORD", RSV_REG_DWORD},
+                                                        {"REG_MULTI_SZ", RSV_REG_MULTI_SZ},
+                                                        {"REG_QWORD", RSV_REG_QWORD}};
   return codes;
 }
 
@@ -53,22 +54,22 @@ std::string reg_full_key(const std::string &key) {
 std::string reg_show_value(uint32_t type, const std::string &bytes) {
   char buf[32];
   switch (type) {
-    case 4:
+    case RSV_REG_DWORD:
       if (bytes.size() != 4) break;
       uint32_t d;
       std::memcpy(&d, bytes.data(), 4);
       std::snprintf(buf, sizeof buf, "0x%" PRIx32, d);
       return buf;
-    case 11:
+    case RSV_REG_QWORD:
       if (bytes.size() != 8) break;
       uint64_t q;
       std::memcpy(&q, bytes.data(), 8);
       std::snprintf(buf, sizeof buf, "0x%" PRIx64, q);
       return buf;
-    case 1:
-    case 2:
+    case RSV_REG_SZ:
+    case RSV_REG_EXPAND_SZ:
       return std::string(bytes.c_str(), strnlen(bytes.data(), bytes.size()));
-    case 7: {
+    case RSV_REG_MULTI_SZ: {
       std::string text;
       for (size_t start = 0; start < bytes.size() && bytes[start] != '\0';) {
         const size_t len = strnlen(bytes.data() + start, bytes.size() - start);
@@ -103,8 +104,16 @@ std::optional<RegValue> reg_read_value(const std::string &key, const std::string
   return v;
 }
 
-std::vector<std::string> reg_value_names(const std::string &key) { return names_of(key, true); }
+std::vector<std::string> reg_value_names(const std::string &key) {
+  std::vector<std::string> names;
+  list_names(key, korutl::NameKind::value, names);
+  return names;
+}
 
-std::vector<std::string> reg_subkey_names(const std::string &key) { return names_of(key, false); }
+std::vector<std::string> reg_subkey_names(const std::string &key) {
+  std::vector<std::string> names;
+  list_names(key, korutl::NameKind::subkey, names);
+  return names;
+}
 
 }  // namespace korutl_tool

@@ -10,6 +10,8 @@
 #include <string>
 #include <vector>
 
+#include "utl/rsv_names.h"
+
 namespace korutl_tool {
 
 // Where Halcyra's configuration tree starts.
@@ -19,7 +21,7 @@ inline const std::string kProducts = "HKEY_LOCAL_MACHINE\\SOFTWARE\\Vantrel\\Hal
 // library's trace.
 inline constexpr const char *kRegModule = "tools/reg";
 
-// Registry type names and their codes (REG_SZ 1, ... REG_QWORD 11).
+// Registry type names and their codes (RSV_REG_*).
 const std::map<std::string, uint32_t> &reg_type_codes();
 
 // "REG_SZ" for 1 and so on; "REG_NONE" for a code without a name.
@@ -40,7 +42,11 @@ struct RegValue {
 std::optional<RegValue> reg_read_value(const std::string &key, const std::string &name);
 
 // The names of a key's values (in the order they were set) or subkeys (in
-// name order); empty when the key is missing.
+// name order) into `names`, with the registry service's status.
+uint16_t list_names(const std::string &key, korutl::NameKind kind, std::vector<std::string> &names,
+                    const char *module = kRegModule);
+
+// The same, empty when the key is missing or cannot be listed.
 std::vector<std::string> reg_value_names(const std::string &key);
 std::vector<std::string> reg_subkey_names(const std::string &key);
 

@@ -2,9 +2,9 @@
 // statement each); every write runs in one immediate transaction.
 #include "platform/store.h"
 
-#include "platform/unix/store_connection.h"
-#include "platform/store_path.h"
 #include "platform/store_read_hook.h"
+#include "platform/store_rules.h"
+#include "platform/unix/store_connection.h"
 
 namespace korutl::store {
 
@@ -66,8 +66,7 @@ Status create_in(sqlite3 *db, std::string_view path, bool *created) {
 
 Status set_in(sqlite3 *db, int64_t key, std::string_view name, uint32_t type,
               std::string_view data) {
-  if (name.size() > max_value_name_length) return Status::bad_name;
-  if (data.size() > max_value_size) return Status::too_large;
+  if (const Status st = check_value(name, data); st != Status::ok) return st;
   Statement s(db,
               "INSERT INTO vals(key, name, type, data) VALUES(?1, ?2, ?3, ?4) "
               "ON CONFLICT(key, name) DO UPDATE SET type = excluded.type, data = excluded.data");
@@ -228,9 +227,7 @@ Status write_batch(const std::vector<KeyRecord> &records) {
       if (r.remove) {
         std::vector<std::string_view> parts;
         if (!split_key_path(r.path, parts)) return Status::bad_name;
-        st = delete_key_in(db, r.path);
-        if (st == Status::no_key) st = Status::ok;  // removing what is absent is done
-        if (st != Status::ok) return st;
+        if ((st = absent_is_removed(delete_key_in(db, r.path))) != Status::ok) return st;
         continue;
       }
       if ((st = create_in(db, r.path, nullptr)) != Status::ok) return st;
@@ -239,8 +236,7 @@ Status write_batch(const std::vector<KeyRecord> &records) {
       for (const Value &v : r.values)
         if ((st = set_in(db, id, v.name, v.type, v.data)) != Status::ok) return st;
       for (const std::string &name : r.removed_values) {
-        st = delete_value_in(db, id, name);
-        if (st != Status::ok && st != Status::no_value) return st;
+        if ((st = absent_is_removed(delete_value_in(db, id, name))) != Status::ok) return st;
       }
     }
     return Status::ok;

@@ -14,8 +14,8 @@
 #include <cstring>
 
 #include "platform/store.h"
-#include "platform/store_path.h"
 #include "platform/store_read_hook.h"
+#include "platform/store_rules.h"
 
 namespace korutl::store {
 
@@ -101,12 +101,6 @@ class OpenKey {
  private:
   HKEY key_ = nullptr;
 };
-
-Status check_value(std::string_view name, std::string_view data) {
-  if (name.size() > max_value_name_length) return Status::bad_name;
-  if (data.size() > max_value_size) return Status::too_large;
-  return Status::ok;
-}
 
 Status set_in(HKEY key, const std::string &name, uint32_t type, std::string_view data) {
   if (const Status st = check_value(name, data); st != Status::ok) return st;
@@ -272,8 +266,7 @@ Status write_batch(const std::vector<KeyRecord> &records) {
   }
   for (const KeyRecord &r : records) {
     if (r.remove) {
-      const Status st = delete_in(r.path);
-      if (st != Status::ok && st != Status::no_key) return st;  // absent is removed
+      if (const Status st = absent_is_removed(delete_in(r.path)); st != Status::ok) return st;
       continue;
     }
     HKEY key = nullptr;

@@ -13,6 +13,7 @@
 #include <string_view>
 
 #include "siblings/oss/loader.h"
+#include "siblings/trace_line.h"
 #include "utl/no_throw.h"
 
 extern "C" OSS_API const int32_t OSS_V19 = 19;
@@ -21,15 +22,11 @@ namespace {
 
 std::atomic<oss_trace_func> trace_func{nullptr};
 
-// Hands one failure line to the trace function; allocates nothing.
+// Traces one failure and gives its status.
 uint16_t fail(uint16_t status, const char *module, int32_t line, const char *operation,
               std::string_view reason) {
-  if (oss_trace_func f = trace_func.load(std::memory_order_acquire)) {
-    char text[1024];
-    std::snprintf(text, sizeof text, "%s:%d: %s: %.*s\n", module ? module : "?", line, operation,
-                  static_cast<int>(std::min<size_t>(reason.size(), 900)), reason.data());
-    f(text);
-  }
+  korutl::siblings::emit_trace_line(trace_func.load(std::memory_order_acquire), module, line,
+                                    operation, reason);
   return status;
 }
 

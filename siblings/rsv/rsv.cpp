@@ -12,6 +12,7 @@
 
 #include "platform/regfile.h"
 #include "platform/store.h"
+#include "siblings/trace_line.h"
 #include "utl/no_throw.h"
 
 namespace store = korutl::store;
@@ -27,32 +28,23 @@ void forward_read(std::string_view path) {
     hook(std::string(path).c_str());
 }
 
-constexpr size_t subkey_slot = 256;
-constexpr size_t value_slot = 33;
-
-// Hands one failure line to the installed trace function. Allocates
-// nothing, so that running out of memory can be traced too.
+// Traces one failure and gives its status.
 uint16_t fail(uint16_t status, const char *operation, const char *module, int32_t line,
               std::string_view reason) {
-  if (rsv_trace_func f = trace_func.load(); f != nullptr) {
-    char text[1024];
-    std::snprintf(text, sizeof text, "%s:%d: %s: %.*s\n", module != nullptr ? module : "?", line,
-                  operation, static_cast<int>(std::min<size_t>(reason.size(), 900)), reason.data());
-    f(text);
-  }
+  korutl::siblings::emit_trace_line(trace_func.load(), module, line, operation, reason);
   return status;
 }
 
 // Runs an operation; one that runs out of memory fails as the store would.
 template <typename Body>
-uint16_t run(const char *operation, const char *module, int32_t line, Body &&body) {
+uint16_t run_guarded(const char *operation, const char *module, int32_t line, Body &&body) {
   return korutl::without_exceptions(
       body, [&] { return fail(RSV_E_STORE, operation, module, line, "out of memory"); });
 }
 
 // Maps a store status to the service's own, tracing a failure.
-uint16_t result(store::Status st, const char *operation, const char *key, const char *module,
-                int32_t line) {
+uint16_t traced_status(store::Status st, const char *operation, const char *key, const char *module,
+                       int32_t line) {
   switch (st) {
     case store::Status::ok:
       return RSV_OK;
@@ -95,7 +87,7 @@ const int32_t RSV_V113 = 113;
 
 RSV_API uint16_t rsv_query_key(const char *key, uint16_t *subkeys, uint16_t *values,
                                const char *module, int32_t line) {
-  return run("query_key", module, line, [&]() -> uint16_t {
+  return run_guarded("query_key", module, line, [&]() -> uint16_t {
     if (key == nullptr) return bad_argument("query_key", module, line);
     uint32_t s = 0, v = 0;
     const store::Status st = store::query_key(key, &s, &v);
@@ -103,18 +95,18 @@ RSV_API uint16_t rsv_query_key(const char *key, uint16_t *subkeys, uint16_t *val
       if (subkeys != nullptr) *subkeys = static_cast<uint16_t>(std::min<uint32_t>(s, 0xFFFF));
       if (values != nullptr) *values = static_cast<uint16_t>(std::min<uint32_t>(v, 0xFFFF));
     }
-    return result(st, "query_key", key, module, line);
+    return traced_status(st, "query_key", key, module, line);
   });
 }
 
 RSV_API uint16_t rsv_get_value(const char *key, const char *name, char *buffer, uint16_t *length,
                                const char *module, int32_t line) {
-  return run("get_value", module, line, [&]() -> uint16_t {
+  return run_guarded("get_value", module, line, [&]() -> uint16_t {
     if (key == nullptr || name == nullptr || (buffer != nullptr && length == nullptr))
       return bad_argument("get_value", module, line);
     store::Value value;
     const store::Status st = store::get_value(key, name, value);
-    if (st != store::Status::ok) return result(st, "get_value", key, module, line);
+    if (st != store::Status::ok) return traced_status(st, "get_value", key, module, line);
     const size_t text_length = strnlen(value.data.data(), value.data.size());
     if (text_length >= 0xFFFF)
       return fail(RSV_E_TOO_LONG, "get_value", module, line, "value too long for a 16-bit length");
@@ -134,23 +126,23 @@ RSV_API uint16_t rsv_get_value(const char *key, const char *name, char *buffer, 
 
 RSV_API uint16_t rsv_set_value(const char *key, const char *name, const char *text,
                                const char *module, int32_t line) {
-  return run("set_value", module, line, [&]() -> uint16_t {
+  return run_guarded("set_value", module, line, [&]() -> uint16_t {
     if (key == nullptr || name == nullptr || text == nullptr)
       return bad_argument("set_value", module, line);
     const std::string_view data(text, std::strlen(text) + 1);
-    return result(store::set_value(key, name, store::type_sz, data), "set_value", key, module,
-                  line);
+    return traced_status(store::set_value(key, name, store::type_sz, data), "set_value", key,
+                         module, line);
   });
 }
 
 RSV_API uint16_t rsv_get_value_ex(const char *key, const char *name, uint32_t *type, void *data,
                                   uint32_t *size, const char *module, int32_t line) {
-  return run("get_value_ex", module, line, [&]() -> uint16_t {
+  return run_guarded("get_value_ex", module, line, [&]() -> uint16_t {
     if (key == nullptr || name == nullptr || size == nullptr)
       return bad_argument("get_value_ex", module, line);
     store::Value value;
     const store::Status st = store::get_value(key, name, value);
-    if (st != store::Status::ok) return result(st, "get_value_ex", key, module, line);
+    if (st != store::Status::ok) return traced_status(st, "get_value_ex", key, module, line);
     if (type != nullptr) *type = value.type;
     const uint32_t needed = static_cast<uint32_t>(value.data.size());
     if (data != nullptr && needed > *size) {
@@ -166,73 +158,74 @@ RSV_API uint16_t rsv_get_value_ex(const char *key, const char *name, uint32_t *t
 RSV_API uint16_t rsv_set_value_ex(const char *key, const char *name, uint32_t type,
                                   const void *data, uint32_t size, const char *module,
                                   int32_t line) {
-  return run("set_value_ex", module, line, [&]() -> uint16_t {
+  return run_guarded("set_value_ex", module, line, [&]() -> uint16_t {
     if (key == nullptr || name == nullptr || (data == nullptr && size > 0))
       return bad_argument("set_value_ex", module, line);
     const std::string_view bytes(static_cast<const char *>(data), data != nullptr ? size : 0);
-    return result(store::set_value(key, name, type, bytes), "set_value_ex", key, module, line);
+    return traced_status(store::set_value(key, name, type, bytes), "set_value_ex", key, module,
+                         line);
   });
 }
 
 RSV_API uint16_t rsv_delete_value(const char *key, const char *name, const char *module,
                                   int32_t line) {
-  return run("delete_value", module, line, [&]() -> uint16_t {
+  return run_guarded("delete_value", module, line, [&]() -> uint16_t {
     if (key == nullptr || name == nullptr) return bad_argument("delete_value", module, line);
-    return result(store::delete_value(key, name), "delete_value", key, module, line);
+    return traced_status(store::delete_value(key, name), "delete_value", key, module, line);
   });
 }
 
 RSV_API uint16_t rsv_create_key(const char *key, const char *module, int32_t line) {
-  return run("create_key", module, line, [&]() -> uint16_t {
+  return run_guarded("create_key", module, line, [&]() -> uint16_t {
     if (key == nullptr) return bad_argument("create_key", module, line);
-    return result(store::create_key(key), "create_key", key, module, line);
+    return traced_status(store::create_key(key), "create_key", key, module, line);
   });
 }
 
 RSV_API uint16_t rsv_delete_key(const char *key, const char *module, int32_t line) {
-  return run("delete_key", module, line, [&]() -> uint16_t {
+  return run_guarded("delete_key", module, line, [&]() -> uint16_t {
     if (key == nullptr) return bad_argument("delete_key", module, line);
-    return result(store::delete_key(key), "delete_key", key, module, line);
+    return traced_status(store::delete_key(key), "delete_key", key, module, line);
   });
 }
 
 RSV_API uint16_t rsv_enum_subkeys(const char *key, char **names, uint16_t *count,
                                   const char *module, int32_t line) {
-  return run("enum_subkeys", module, line, [&]() -> uint16_t {
+  return run_guarded("enum_subkeys", module, line, [&]() -> uint16_t {
     if (key == nullptr || count == nullptr || (names == nullptr && *count > 0))
       return bad_argument("enum_subkeys", module, line);
     std::vector<std::string> found;
     const store::Status st = store::list_subkeys(key, found);
-    if (st != store::Status::ok) return result(st, "enum_subkeys", key, module, line);
+    if (st != store::Status::ok) return traced_status(st, "enum_subkeys", key, module, line);
     fill_slots(
         found, [](const std::string &s) -> const std::string & { return s; }, names, count,
-        subkey_slot);
+        RSV_SUBKEY_SLOT);
     return RSV_OK;
   });
 }
 
 RSV_API uint16_t rsv_enum_values(const char *key, char **names, uint16_t *count, const char *module,
                                  int32_t line) {
-  return run("enum_values", module, line, [&]() -> uint16_t {
+  return run_guarded("enum_values", module, line, [&]() -> uint16_t {
     if (key == nullptr || count == nullptr || (names == nullptr && *count > 0))
       return bad_argument("enum_values", module, line);
     std::vector<store::Value> found;
     const store::Status st = store::list_values(key, found);
-    if (st != store::Status::ok) return result(st, "enum_values", key, module, line);
+    if (st != store::Status::ok) return traced_status(st, "enum_values", key, module, line);
     fill_slots(
         found, [](const store::Value &v) -> const std::string & { return v.name; }, names, count,
-        value_slot);
+        RSV_VALUE_SLOT);
     return RSV_OK;
   });
 }
 
 RSV_API uint16_t rsv_export_file(const char *key, const char *file, const char *module,
                                  int32_t line) {
-  return run("export_file", module, line, [&]() -> uint16_t {
+  return run_guarded("export_file", module, line, [&]() -> uint16_t {
     if (key == nullptr || file == nullptr) return bad_argument("export_file", module, line);
     std::string text;
     const store::Status st = korutl::regfile::write(key, text);
-    if (st != store::Status::ok) return result(st, "export_file", key, module, line);
+    if (st != store::Status::ok) return traced_status(st, "export_file", key, module, line);
     std::ofstream out(file, std::ios::binary | std::ios::trunc);
     if (!out.write(text.data(), static_cast<std::streamsize>(text.size())) || !out.flush())
       return fail(RSV_E_STORE, "export_file", module, line, std::string("cannot write ") + file);
@@ -242,7 +235,7 @@ RSV_API uint16_t rsv_export_file(const char *key, const char *file, const char *
 
 RSV_API uint16_t rsv_import_file(const char *file, uint32_t *bad_line, const char *module,
                                  int32_t line) {
-  return run("import_file", module, line, [&]() -> uint16_t {
+  return run_guarded("import_file", module, line, [&]() -> uint16_t {
     if (bad_line != nullptr) *bad_line = 0;
     if (file == nullptr) return bad_argument("import_file", module, line);
     constexpr std::streamoff max_file = 64 << 20;
@@ -259,7 +252,7 @@ RSV_API uint16_t rsv_import_file(const char *file, uint32_t *bad_line, const cha
       return fail(RSV_E_BAD_ARGUMENT, "import_file", module, line,
                   std::string(file) + ":" + std::to_string(wrong) + ": malformed line");
     }
-    return result(store::write_batch(records), "import_file", file, module, line);
+    return traced_status(store::write_batch(records), "import_file", file, module, line);
   });
 }
 

@@ -66,8 +66,16 @@ RSV_API uint16_t rsv_get_value(const char *key, const char *name, char *buffer, 
 RSV_API uint16_t rsv_set_value(const char *key, const char *name, const char *text,
                                const char *module, int32_t line);
 
-/* Typed access for tools that carry every registry type (REG_SZ 1,
- * REG_EXPAND_SZ 2, REG_BINARY 3, REG_DWORD 4, REG_MULTI_SZ 7, REG_QWORD 11).
+/* Registry value types, numbered as Windows numbers them. */
+#define RSV_REG_NONE 0
+#define RSV_REG_SZ 1
+#define RSV_REG_EXPAND_SZ 2
+#define RSV_REG_BINARY 3
+#define RSV_REG_DWORD 4
+#define RSV_REG_MULTI_SZ 7
+#define RSV_REG_QWORD 11
+
+/* Typed access for tools that carry every registry type (RSV_REG_*).
  * rsv_get_value_ex: *size is the capacity of data in, the data's size out
  * (data may be null to ask for the size); a value larger than the capacity
  * gives RSV_E_BUFFER_SMALL with the needed size. type may be null.
@@ -90,14 +98,19 @@ RSV_API uint16_t rsv_create_key(const char *key, const char *module, int32_t lin
 /* Removes the key with its values and its whole subtree. */
 RSV_API uint16_t rsv_delete_key(const char *key, const char *module, int32_t line);
 
+/* Bytes of the name slots of rsv_enum_subkeys and rsv_enum_values. */
+#define RSV_SUBKEY_SLOT 256
+#define RSV_VALUE_SLOT 33
+
 /* Subkey names in case-insensitive name order. names[i] point to slots of
- * 256 bytes; *count is the number of slots in and of names written out. */
+ * RSV_SUBKEY_SLOT bytes; *count is the number of slots in and of names
+ * written out. */
 RSV_API uint16_t rsv_enum_subkeys(const char *key, char **names, uint16_t *count,
                                   const char *module, int32_t line);
 
 /* Value names in the order they were first set (on Windows: in the system
- * registry's own order). names[i] point to slots of
- * 33 bytes; a longer name is cut to 32 characters. *count as above. */
+ * registry's own order). names[i] point to slots of RSV_VALUE_SLOT bytes;
+ * a longer name is cut to fit. *count as above. */
 RSV_API uint16_t rsv_enum_values(const char *key, char **names, uint16_t *count, const char *module,
                                  int32_t line);
 

@@ -6,8 +6,8 @@
 
 #include "korutl.h"
 #include "tools/cfg_tree.h"
-#include "tools/unix/demo.h"
 #include "tools/reg_values.h"
+#include "tools/unix/demo.h"
 
 namespace korutl_tool::demo {
 

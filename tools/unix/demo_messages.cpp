@@ -7,8 +7,8 @@
 #include <string>
 
 #include "korutl.h"
-#include "tools/unix/demo.h"
 #include "tools/reg_values.h"
+#include "tools/unix/demo.h"
 
 namespace korutl_tool::demo {
 

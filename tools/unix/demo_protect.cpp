@@ -14,7 +14,7 @@ void protect_restore(Context &c) {
   const char *key = "demo key 2026";  // 13 characters: the 128-bit variant
   Bytes sealed(secret.size() + 16);
   uint32_t sealed_len = 0;
-  KORVOCSCryptBuffer(2, reinterpret_cast<const uint8_t *>(secret.data()),
+  KORVOCSCryptBuffer(KORVO_CRYPT_SAFER, reinterpret_cast<const uint8_t *>(secret.data()),
                      static_cast<uint32_t>(secret.size()), sealed.data(), &sealed_len, key);
   c.report.call(
       "KORVOCSCryptBuffer(2 /* SAFER */, " + quoted(secret.c_str()) + ", key " + quoted(key) + ")",
@@ -36,8 +36,9 @@ void protect_restore(Context &c) {
     return;
   Bytes restored(sealed.size());
   uint32_t restored_len = 0;
-  KORVOCSDecryptBuffer(2, unarmoured->data(), static_cast<uint32_t>(unarmoured->size()),
-                       restored.data(), &restored_len, key);
+  KORVOCSDecryptBuffer(KORVO_CRYPT_SAFER, unarmoured->data(),
+                       static_cast<uint32_t>(unarmoured->size()), restored.data(), &restored_len,
+                       key);
   const std::string plain(restored.begin(), restored.begin() + restored_len);
   c.report.call("KORVOCSDecryptBuffer(2, ..., key " + quoted(key) + ")", quoted(plain.c_str()));
   c.report.expect(plain == secret, "the restored buffer equals the original");

@@ -2,9 +2,9 @@
 #include <string>
 
 #include "siblings/rsv/rsv.h"
-#include "tools/unix/demo.h"
 #include "tools/reg_tree.h"
 #include "tools/reg_values.h"
+#include "tools/unix/demo.h"
 
 namespace korutl_tool::demo {
 

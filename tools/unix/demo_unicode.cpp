@@ -2,8 +2,8 @@
 #include <cstdio>
 #include <string>
 
-#include "tools/unix/demo.h"
 #include "tools/unicode_text.h"
+#include "tools/unix/demo.h"
 
 namespace korutl_tool::demo {
 

@@ -1,4 +1,4 @@
-#include "platform/store_path.h"
+#include "platform/store_rules.h"
 
 #include "platform/store.h"
 
@@ -17,6 +17,16 @@ bool split_key_path(std::string_view path, std::vector<std::string_view> &parts)
     if (end == std::string_view::npos) return true;
     start = end + 1;
   }
+}
+
+}  // namespace korutl::store
+
+namespace korutl::store {
+
+Status check_value(std::string_view name, std::string_view data) {
+  if (name.size() > max_value_name_length) return Status::bad_name;
+  if (data.size() > max_value_size) return Status::too_large;
+  return Status::ok;
 }
 
 }  // namespace korutl::store
