@@ -14,6 +14,7 @@
 #include "I18N/language_library.h"
 #include "readconfig/cfg_paths.h"
 #include "siblings/oss/oss.h"
+#include "utl/version.h"
 
 namespace {
 
@@ -22,7 +23,8 @@ using korutl::i18n::LanguageLibrary;
 using korutl::i18n::LanguageRequest;
 namespace cfg = korutl::cfg;
 
-constexpr const char *kOwnObjectId = "\\localhost\\Halcyra\\2.2.1.3";
+// Halcyra's own identifier: this library's product at this build's version.
+constexpr const char *kOwnObjectId = "\\localhost\\" KORUTL_PRODUCT_NAME "\\" KORUTL_FULL_VERSION_TEXT;
 constexpr const char *kNotFoundText =
     "(KOR0301) Cannot find language library (language not installed for product).";
 // The instance path, the Languages key path and the file name of the

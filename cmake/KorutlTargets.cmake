@@ -1,6 +1,11 @@
-# Compile settings every target of the project shares.
+# Compile settings every target of the project shares. The warnings catch
+# silent narrowing and sign changes at the boundary, where C callers pass
+# 16- and 32-bit values; -Werror is KORUTL_WERROR's, so that a consumer
+# building the sources with a newer compiler is not stopped by a warning
+# that compiler has newly learnt.
 function(korutl_target_defaults target)
-  target_compile_options(${target} PRIVATE -Wall -Wextra -Werror)
+  target_compile_options(${target} PRIVATE -Wall -Wextra -Wshadow -Wconversion -Wsign-conversion
+    -Wcast-qual -Wundef -Wformat=2 $<$<BOOL:${KORUTL_WERROR}>:-Werror>)
   if(KORUTL_SANITIZE)
     target_compile_options(${target} PRIVATE
       -fsanitize=${KORUTL_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)

@@ -1,8 +1,8 @@
 // The synchronised stack. Every operation holds the stack's spin lock from
-// its first look at `top` to its return. Operations that the description of
-// the stack builds on others (Append on an empty stack is a Push, InsertNth
-// falls back to Push or Append) call the unlocked forms below instead of
-// taking the lock a second time: the lock is not re-entrant.
+// its first look at `top` to its return. Operations built on others
+// (Append on an empty stack is a Push, InsertNth falls back to Push or
+// Append) call the unlocked forms below instead of taking the lock a second
+// time: the lock is not re-entrant.
 #include <cstdlib>
 
 #include "korutl.h"

@@ -58,7 +58,9 @@ KORUTL_API void mfree(void *block) {
 KORUTL_API void KORVOOpenMemoryLogFile(const char *path) {
   memshell_init();
   if (!shell_on()) return;
-  // A stream already set is replaced, not closed: it may be the caller's.
+  // An earlier log is left open and no longer used: a report on another
+  // thread may have picked it up and still be writing to it, and closing it
+  // under that writer would free the stream it writes through.
   log_stream_set(path != nullptr ? std::fopen(path, "w") : nullptr);
 }
 

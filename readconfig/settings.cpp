@@ -7,7 +7,6 @@
 #include <string>
 
 #include "korutl.h"
-#include "siblings/rsv/rsv.h"
 #include "utl/no_throw.h"
 
 namespace {

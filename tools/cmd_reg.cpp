@@ -53,7 +53,7 @@ bool parse_tree(const std::vector<std::string> &args, RegArgs &out) {
 }
 
 // Reads the verb's arguments; false on a usage error.
-bool parse(const std::vector<std::string> &args, RegArgs &out) {
+bool parse_reg_arguments(const std::vector<std::string> &args, RegArgs &out) {
   if (!args.empty() && args[0] == "tree") return parse_tree(args, out);
   if (args.size() < 2) return false;
   out.verb = args[0];
@@ -93,23 +93,23 @@ bool parse(const std::vector<std::string> &args, RegArgs &out) {
 }
 
 // The bytes a value of `type` stores for the command-line text `data`.
-bool encode(uint32_t type, const std::string &data, std::string &bytes) {
+bool value_bytes_of(uint32_t type, const std::string &data, std::string &bytes) {
   char *end = nullptr;
   switch (type) {
-    case 4: {
+    case RSV_REG_DWORD: {
       const unsigned long long v = std::strtoull(data.c_str(), &end, 0);
       if (data.empty() || *end != '\0' || v > UINT32_MAX) return false;
       const uint32_t d = static_cast<uint32_t>(v);
       bytes.assign(reinterpret_cast<const char *>(&d), 4);  // little-endian host
       return true;
     }
-    case 11: {
+    case RSV_REG_QWORD: {
       const unsigned long long q = std::strtoull(data.c_str(), &end, 0);
       if (data.empty() || *end != '\0') return false;
       bytes.assign(reinterpret_cast<const char *>(&q), 8);
       return true;
     }
-    case 3:
+    case RSV_REG_BINARY:
       if (data.size() % 2 != 0) return false;
       bytes.clear();
       for (size_t i = 0; i < data.size(); i += 2) {
@@ -119,7 +119,7 @@ bool encode(uint32_t type, const std::string &data, std::string &bytes) {
         bytes += static_cast<char>(b);
       }
       return true;
-    case 7: {
+    case RSV_REG_MULTI_SZ: {
       // Items are separated by a written "\0", as reg.exe takes them.
       bytes.clear();
       size_t start = 0;
@@ -145,7 +145,7 @@ bool print_value(const std::string &key, const std::string &name) {
   return true;
 }
 
-int query(const RegArgs &a) {
+int reg_query(const RegArgs &a) {
   uint32_t probe_size = 0;
   if (rsv_query_key(a.key.c_str(), nullptr, nullptr, kRegModule, __LINE__) != RSV_OK) {
     std::fprintf(stderr,
@@ -167,11 +167,11 @@ int query(const RegArgs &a) {
   return 0;
 }
 
-int add(const RegArgs &a) {
+int reg_add(const RegArgs &a) {
   uint32_t type = 0;
   if (auto it = reg_type_codes().find(a.type); it != reg_type_codes().end()) type = it->second;
   std::string bytes;
-  if (type == 0 || (a.value && !encode(type, a.data, bytes))) {
+  if (type == 0 || (a.value && !value_bytes_of(type, a.data, bytes))) {
     std::fprintf(stderr, "ERROR: Invalid type or data.\n");
     return 2;
   }
@@ -186,7 +186,7 @@ int add(const RegArgs &a) {
   return 0;
 }
 
-int remove(const RegArgs &a) {
+int reg_delete(const RegArgs &a) {
   const uint16_t rc = a.value
                           ? rsv_delete_value(a.key.c_str(), a.value->c_str(), kRegModule, __LINE__)
                           : rsv_delete_key(a.key.c_str(), kRegModule, __LINE__);
@@ -199,7 +199,7 @@ int remove(const RegArgs &a) {
   return 0;
 }
 
-int export_key(const RegArgs &a) {
+int reg_export(const RegArgs &a) {
   if (rsv_export_file(a.key.c_str(), a.file.c_str(), kRegModule, __LINE__) != RSV_OK) {
     std::fprintf(stderr, "ERROR: The key cannot be exported to %s.\n", a.file.c_str());
     return 1;
@@ -208,7 +208,7 @@ int export_key(const RegArgs &a) {
   return 0;
 }
 
-int tree(const RegArgs &a) {
+int reg_tree(const RegArgs &a) {
   if (!print_reg_tree(stdout, a.key, TreeStyle{a.depth, ""})) {
     std::fprintf(stderr,
                  "ERROR: The system was unable to find the specified registry key or value.\n");
@@ -217,7 +217,7 @@ int tree(const RegArgs &a) {
   return 0;
 }
 
-int import_file(const RegArgs &a) {
+int reg_import(const RegArgs &a) {
   uint32_t bad_line = 0;
   if (rsv_import_file(a.file.c_str(), &bad_line, kRegModule, __LINE__) != RSV_OK) {
     if (bad_line > 0)
@@ -239,24 +239,24 @@ void add_reg_command(CLI::App &app) {
   cmd->prefix_command();
   cmd->callback([cmd] {
     RegArgs a;
-    if (!parse(cmd->remaining(), a)) {
+    if (!parse_reg_arguments(cmd->remaining(), a)) {
       std::fprintf(stderr,
                    "ERROR: Invalid syntax. Usage: korutl reg query|add|delete KEY [options]\n");
       exit_code = 2;
       return;
     }
     if (a.verb == "query")
-      exit_code = query(a);
+      exit_code = reg_query(a);
     else if (a.verb == "add")
-      exit_code = add(a);
+      exit_code = reg_add(a);
     else if (a.verb == "delete")
-      exit_code = remove(a);
+      exit_code = reg_delete(a);
     else if (a.verb == "export")
-      exit_code = export_key(a);
+      exit_code = reg_export(a);
     else if (a.verb == "import")
-      exit_code = import_file(a);
+      exit_code = reg_import(a);
     else if (a.verb == "tree")
-      exit_code = tree(a);
+      exit_code = reg_tree(a);
     else {
       std::fprintf(stderr, "ERROR: Unknown verb %s.\n", a.verb.c_str());
       exit_code = 2;

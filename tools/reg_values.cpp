@@ -83,8 +83,8 @@ std::string reg_show_value(uint32_t type, const std::string &bytes) {
       break;
   }
   std::string hex;
-  for (unsigned char c : bytes) {
-    std::snprintf(buf, sizeof buf, "%02X", c);
+  for (const char c : bytes) {
+    std::snprintf(buf, sizeof buf, "%02X", static_cast<unsigned char>(c));
     hex += buf;
   }
   return hex;

@@ -21,18 +21,21 @@ struct Tables {
   std::array<bool, 128> must_encode_optional{};  // optional direct characters pass too
 };
 
+// The tables' index of a 7-bit character.
+constexpr size_t index(char c) { return static_cast<unsigned char>(c); }
+
 constexpr Tables make_tables() {
   Tables t;
-  for (int i = 0; i < 128; ++i) {
+  for (size_t i = 0; i < 128; ++i) {
     t.inverse[i] = -1;
     t.must_encode_strict[i] = t.must_encode_optional[i] = true;
   }
   for (const char *p = kDirect; *p != 0; ++p)
-    t.must_encode_strict[*p] = t.must_encode_optional[*p] = false;
+    t.must_encode_strict[index(*p)] = t.must_encode_optional[index(*p)] = false;
   for (const char *p = kSpace; *p != 0; ++p)
-    t.must_encode_strict[*p] = t.must_encode_optional[*p] = false;
-  for (const char *p = kOptional; *p != 0; ++p) t.must_encode_optional[*p] = false;
-  for (int16_t v = 0; v < 64; ++v) t.inverse[kBase64[v]] = v;
+    t.must_encode_strict[index(*p)] = t.must_encode_optional[index(*p)] = false;
+  for (const char *p = kOptional; *p != 0; ++p) t.must_encode_optional[index(*p)] = false;
+  for (int16_t v = 0; v < 64; ++v) t.inverse[index(kBase64[v])] = v;
   return t;
 }
 
@@ -114,8 +117,9 @@ int32_t decode(const uint8_t *&source, const uint8_t *source_end, uint16_t *&tar
     int c = at_end ? 0 : static_cast<int8_t>(*source++);
     bool run_ended = false;
     if (in_run) {
-      if (!at_end && c >= 0 && kTables.inverse[c] >= 0) {
-        buf.bits |= static_cast<uint32_t>(kTables.inverse[c]) << (26 - buf.count);
+      if (!at_end && c >= 0 && kTables.inverse[static_cast<size_t>(c)] >= 0) {
+        buf.bits |= static_cast<uint32_t>(kTables.inverse[static_cast<size_t>(c)])
+                    << (26 - buf.count);
         buf.count += 6;
         just_shifted = false;
       } else {

@@ -1,5 +1,5 @@
 // The seven identification functions: constants fixed at build time.
-#include <cstdio>
+#include <cstring>
 
 #include "korutl.h"
 #include "utl/version.h"
@@ -14,8 +14,9 @@ KORUTL_API uint16_t KORVOUtlGetLibPatchLevel(void) { return KORUTL_PATCH_LEVEL; 
 
 KORUTL_API char *KORVOUtlGetLibFullVersion(char *buffer) {
   if (buffer == nullptr) return nullptr;
-  // "2.2.1.3" is 7 characters; the caller's 8 bytes are all this writes.
-  std::snprintf(buffer, 8, "%s.%d", KORUTL_VERSION_TEXT, KORUTL_PATCH_LEVEL);
+  // The caller's 8 bytes are all this writes.
+  static_assert(sizeof KORUTL_FULL_VERSION_TEXT <= 8);
+  std::memcpy(buffer, KORUTL_FULL_VERSION_TEXT, sizeof KORUTL_FULL_VERSION_TEXT);
   return buffer;
 }
 

@@ -9,6 +9,11 @@
 #define KORUTL_VERSION_TEXT "2.2.1"
 #define KORUTL_PATCH_LEVEL 3
 #define KORUTL_RELEASE 8
+
+#define KORUTL_STRINGIFY_(x) #x
+#define KORUTL_STRINGIFY(x) KORUTL_STRINGIFY_(x)
+// The full version, "2.2.1.3": the version, a dot and the patch level.
+#define KORUTL_FULL_VERSION_TEXT KORUTL_VERSION_TEXT "." KORUTL_STRINGIFY(KORUTL_PATCH_LEVEL)
 #define KORUTL_FILE_OS 2
 #define KORUTL_FILE_TYPE 2
 #define KORUTL_FILE_NAME "korutl.dll"

@@ -98,7 +98,7 @@ Status delete_key_in(sqlite3 *db, std::string_view path) {
 // Runs `body` in one write transaction and commits when it succeeded.
 // Writes that need an existing key leave a missing store uncreated.
 template <typename Body>
-Status write(std::string_view path, bool may_create, Body body) {
+Status in_write_transaction(std::string_view path, bool may_create, Body body) {
   Status st;
   sqlite3 *db = open_for(path, may_create, st);
   if (db == nullptr) return st;
@@ -133,7 +133,7 @@ Status for_each_row(std::string_view path, const char *sql, OnRow on_row) {
   return rc == SQLITE_DONE ? Status::ok : sqlite_failure(db);
 }
 
-int64_t count(sqlite3 *db, const char *sql, int64_t key) {
+int64_t count_rows(sqlite3 *db, const char *sql, int64_t key) {
   Statement s(db, sql);
   if (!s) return 0;
   s.bind(1, key);
@@ -150,9 +150,9 @@ Status query_key(std::string_view path, uint32_t *subkeys, uint32_t *values) {
   int64_t id;
   if ((st = key_id(db, path, id)) != Status::ok) return st;
   if (subkeys != nullptr)
-    *subkeys = static_cast<uint32_t>(count(db, "SELECT count(*) FROM keys WHERE parent = ?1", id));
+    *subkeys = static_cast<uint32_t>(count_rows(db, "SELECT count(*) FROM keys WHERE parent = ?1", id));
   if (values != nullptr)
-    *values = static_cast<uint32_t>(count(db, "SELECT count(*) FROM vals WHERE key = ?1", id));
+    *values = static_cast<uint32_t>(count_rows(db, "SELECT count(*) FROM vals WHERE key = ?1", id));
   return Status::ok;
 }
 
@@ -181,7 +181,7 @@ Status get_value(std::string_view path, std::string_view name, Value &out) {
 
 Status set_value(std::string_view path, std::string_view name, uint32_t type,
                  std::string_view data) {
-  return write(path, false, [&](sqlite3 *db) {
+  return in_write_transaction(path, false, [&](sqlite3 *db) {
     int64_t id;
     const Status st = key_id(db, path, id);
     return st != Status::ok ? st : set_in(db, id, name, type, data);
@@ -189,7 +189,7 @@ Status set_value(std::string_view path, std::string_view name, uint32_t type,
 }
 
 Status delete_value(std::string_view path, std::string_view name) {
-  return write(path, false, [&](sqlite3 *db) {
+  return in_write_transaction(path, false, [&](sqlite3 *db) {
     int64_t id;
     const Status st = key_id(db, path, id);
     return st != Status::ok ? st : delete_value_in(db, id, name);
@@ -197,11 +197,11 @@ Status delete_value(std::string_view path, std::string_view name) {
 }
 
 Status create_key(std::string_view path, bool *created) {
-  return write(path, true, [&](sqlite3 *db) { return create_in(db, path, created); });
+  return in_write_transaction(path, true, [&](sqlite3 *db) { return create_in(db, path, created); });
 }
 
 Status delete_key(std::string_view path) {
-  return write(path, false, [&](sqlite3 *db) { return delete_key_in(db, path); });
+  return in_write_transaction(path, false, [&](sqlite3 *db) { return delete_key_in(db, path); });
 }
 
 Status list_subkeys(std::string_view path, std::vector<std::string> &names) {
@@ -221,7 +221,7 @@ Status list_values(std::string_view path, std::vector<Value> &values) {
 
 Status write_batch(const std::vector<KeyRecord> &records) {
   if (records.empty()) return Status::ok;
-  return write(records.front().path, true, [&](sqlite3 *db) {
+  return in_write_transaction(records.front().path, true, [&](sqlite3 *db) {
     for (const KeyRecord &r : records) {
       Status st;
       if (r.remove) {

@@ -28,7 +28,7 @@ std::vector<std::shared_ptr<Converter>> converters;  // handle = index + 1
 std::shared_ptr<Converter> converter_of(int32_t handle) {
   std::lock_guard g(table_mutex);
   if (handle <= 0 || static_cast<size_t>(handle) > converters.size()) return nullptr;
-  return converters[handle - 1];
+  return converters[static_cast<size_t>(handle) - 1];
 }
 
 }  // namespace
@@ -95,7 +95,7 @@ CPX_API int32_t cpx_open_conversion(int32_t from, int32_t to, int32_t *handle) {
 CPX_API int32_t cpx_close_conversion(int32_t handle) {
   std::lock_guard g(table_mutex);
   if (handle <= 0 || static_cast<size_t>(handle) > converters.size()) return CPX_E_ARGUMENT;
-  converters[handle - 1].reset();
+  converters[static_cast<size_t>(handle) - 1].reset();
   return CPX_OK;
 }
 
