@@ -58,7 +58,7 @@ endfunction()
 function(korutl_windows_dll target map)
   set(def ${PROJECT_BINARY_DIR}/${target}.def)
   korutl_def_from_map(${map} ${def} ${target}.dll)
-  target_sources(${target} PRIVATE ${def} ${PROJECT_SOURCE_DIR}/utl/korutl.rc
+  target_sources(${target} PRIVATE ${def} ${PROJECT_SOURCE_DIR}/utl/win/korutl.rc
     ${PROJECT_SOURCE_DIR}/platform/win/dll_main.cpp)
   target_link_options(${target} PRIVATE "LINKER:--kill-at")
   install(FILES ${def} DESTINATION ${CMAKE_INSTALL_LIBDIR})

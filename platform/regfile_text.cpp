@@ -34,12 +34,17 @@ void put_utf16(uint32_t u, std::string &out) {
 bool utf16le_to_utf8(std::string_view in, std::string &out) {
   out.clear();
   if (in.size() % 2 != 0) return false;
+  // One little-endian UTF-16 unit at `at`.
+  const auto unit = [&in](size_t at) -> uint32_t {
+    return static_cast<uint32_t>(static_cast<uint8_t>(in[at])) |
+           static_cast<uint32_t>(static_cast<uint8_t>(in[at + 1])) << 8;
+  };
   for (size_t i = 0; i < in.size(); i += 2) {
-    uint32_t c = static_cast<uint8_t>(in[i]) | (static_cast<uint8_t>(in[i + 1]) << 8);
+    uint32_t c = unit(i);
     if (c >= 0xDC00 && c < 0xE000) return false;
     if (c >= 0xD800 && c < 0xDC00) {
       if (i + 3 >= in.size()) return false;
-      const uint32_t low = static_cast<uint8_t>(in[i + 2]) | (static_cast<uint8_t>(in[i + 3]) << 8);
+      const uint32_t low = unit(i + 2);
       if (low < 0xDC00 || low >= 0xE000) return false;
       c = 0x10000 + ((c - 0xD800) << 10) + (low - 0xDC00);
       i += 2;

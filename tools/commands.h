@@ -1,7 +1,8 @@
 // Subcommands of the korutl command. Each cmd_*.cpp registers its
 // subcommands at start-up with KORUTL_TOOL_COMMAND, so adding a subcommand
-// touches no other file. Subcommands only call the library's exports and
-// print what comes back; the library holds all the logic.
+// touches no other file. Subcommands call the exports of the library and
+// of the registry service (reg, lang, demo) and print what comes back; the
+// libraries hold all the logic.
 // Exit codes: 0 found/done, 1 not found or failed, 2 usage error.
 #ifndef KORUTL_TOOLS_COMMANDS_H
 #define KORUTL_TOOLS_COMMANDS_H

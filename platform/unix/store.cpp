@@ -111,9 +111,9 @@ Status in_write_transaction(std::string_view path, bool may_create, Body body) {
 
 std::string column_bytes(sqlite3_stmt *row, int i) {
   const void *bytes = sqlite3_column_blob(row, i);
-  return bytes == nullptr
-             ? std::string()
-             : std::string(static_cast<const char *>(bytes), sqlite3_column_bytes(row, i));
+  return bytes == nullptr ? std::string()
+                          : std::string(static_cast<const char *>(bytes),
+                                        static_cast<size_t>(sqlite3_column_bytes(row, i)));
 }
 
 // Runs `sql` (with the key's id as ?1) and hands each row to `on_row`.
@@ -150,7 +150,8 @@ Status query_key(std::string_view path, uint32_t *subkeys, uint32_t *values) {
   int64_t id;
   if ((st = key_id(db, path, id)) != Status::ok) return st;
   if (subkeys != nullptr)
-    *subkeys = static_cast<uint32_t>(count_rows(db, "SELECT count(*) FROM keys WHERE parent = ?1", id));
+    *subkeys =
+        static_cast<uint32_t>(count_rows(db, "SELECT count(*) FROM keys WHERE parent = ?1", id));
   if (values != nullptr)
     *values = static_cast<uint32_t>(count_rows(db, "SELECT count(*) FROM vals WHERE key = ?1", id));
   return Status::ok;
@@ -197,7 +198,8 @@ Status delete_value(std::string_view path, std::string_view name) {
 }
 
 Status create_key(std::string_view path, bool *created) {
-  return in_write_transaction(path, true, [&](sqlite3 *db) { return create_in(db, path, created); });
+  return in_write_transaction(path, true,
+                              [&](sqlite3 *db) { return create_in(db, path, created); });
 }
 
 Status delete_key(std::string_view path) {
