@@ -34,7 +34,7 @@ extern "C" int LLVMFuzzerInitialize(int *, char ***) {
   setenv("KORVO_REGISTRY", store.c_str(), 1);
   setenv("KORVO_LANGUAGE_PATH", KORUTL_LANGUAGE_DIR, 1);
   KORVOCfgRegisterLanguageFile("Halcyra", "2.2.1", "English", "hal_en.dll");
-  KORVOCfgRegisterLanguageFile("P", "1.0", "de_DE", "orr_de.dll");
+  KORVOCfgRegisterLanguageFile("P", "1.0", "de-DE", "orr_de.dll");
   KORVOInitI18n(&cache);
   std::atexit([] {
     KORVOFiniteI18n(&cache);
