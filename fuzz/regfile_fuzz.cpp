@@ -5,8 +5,8 @@
 #include <cstdlib>
 #include <string_view>
 
-#include "platform/regfile.h"
 #include "platform/store_rules.h"
+#include "siblings/rsv/regfile.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   std::vector<korutl::store::KeyRecord> records;

@@ -1,7 +1,7 @@
-// The configuration store: one SQLite file holding the whole registry tree.
-// Both the registry service (libkorrsv.so) and the library's Win32 registry
-// layer go through these functions, so both see one tree. Nothing else in
-// the project talks SQL.
+// The configuration store: one SQLite file holding the whole registry tree
+// (the system registry on Windows). Only the registry service (libkorrsv)
+// links it, so a process has one store; the library's Win32 registry layer
+// goes through the service. Nothing else in the project talks SQL.
 //
 // Key paths are full paths such as "HKEY_LOCAL_MACHINE\SOFTWARE\Vantrel";
 // names compare case-insensitively (ASCII) and keep the case they were
@@ -23,6 +23,7 @@ namespace korutl::store {
 enum class Status {
   ok,
   no_key,       // the key (or the store file) does not exist
+  root_value,   // values cannot be set on a root key
   no_value,     // the key exists, the value does not
   bad_name,     // empty path component, name over 255 characters, depth over 512
   too_large,    // value data over max_value_size
@@ -55,14 +56,33 @@ struct Value {
 // Why the last failing call of this thread failed (SQLite's message or ours).
 const std::string &last_error();
 
-// The file in use: KORVO_REGISTRY, else $XDG_STATE_HOME/halcyra/registry.db,
-// else $HOME/.local/state/halcyra/registry.db.
-std::string store_file();
+// Reads of this thread between begin_snapshot and end_snapshot see one
+// committed state of the tree. Calls nest; the outermost end releases it.
+// A write inside a snapshot fails with store_error. end_snapshot without a
+// begin gives bad_name. On Windows, where the registry has no snapshots,
+// the calls only count.
+Status begin_snapshot();
+Status end_snapshot();
+
+// A snapshot for the life of a scope: the store's own operations that read
+// more than once (a key's counts, a listing, an export) read inside one.
+class SnapshotScope {
+ public:
+  SnapshotScope() : begun_(begin_snapshot() == Status::ok) {}
+  ~SnapshotScope() {
+    if (begun_) end_snapshot();
+  }
+  SnapshotScope(const SnapshotScope &) = delete;
+  SnapshotScope &operator=(const SnapshotScope &) = delete;
+  bool begun() const { return begun_; }
+
+ private:
+  bool begun_;
+};
 
 // Called before every read of the tree (query_key, get_value, list_subkeys,
 // list_values) with the key path; null removes it. For diagnostics and
-// tests that count the reads a code path makes. Each shared library that
-// links the store has its own copy of this module and so its own hook.
+// tests that count the reads a code path makes.
 using ReadHook = void (*)(std::string_view path);
 void set_read_hook(ReadHook hook);
 

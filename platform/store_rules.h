@@ -18,9 +18,11 @@ namespace korutl::store {
 // max_name_length characters or more than max_depth levels.
 bool split_key_path(std::string_view path, std::vector<std::string_view> &parts);
 
-// bad_name for a value name over max_value_name_length, too_large for data
-// over max_value_size, else ok.
-Status check_value(std::string_view name, std::string_view data);
+// Whether a value may be set under the key `path`: root_value for a root
+// key (as the system registry refuses values there), bad_name for a value
+// name over max_value_name_length, too_large for data over max_value_size,
+// else ok.
+Status check_value(std::string_view path, std::string_view name, std::string_view data);
 
 // Removing a key or value that is not there leaves the tree as asked: the
 // removal is done. Any other status passes through.

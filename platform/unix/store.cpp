@@ -1,5 +1,6 @@
-// The operations on the configuration tree. Reads need no transaction (one
-// statement each); every write runs in one immediate transaction.
+// The operations on the configuration tree. A point read is one statement;
+// an operation that reads more than once reads inside one snapshot; every
+// write runs in one immediate transaction.
 #include "platform/store.h"
 
 #include "platform/store_read_hook.h"
@@ -64,9 +65,9 @@ Status create_in(sqlite3 *db, std::string_view path, bool *created) {
   return Status::ok;
 }
 
+// Values are checked (check_value) before they come here.
 Status set_in(sqlite3 *db, int64_t key, std::string_view name, uint32_t type,
               std::string_view data) {
-  if (const Status st = check_value(name, data); st != Status::ok) return st;
   Statement s(db,
               "INSERT INTO vals(key, name, type, data) VALUES(?1, ?2, ?3, ?4) "
               "ON CONFLICT(key, name) DO UPDATE SET type = excluded.type, data = excluded.data");
@@ -120,6 +121,7 @@ std::string column_bytes(sqlite3_stmt *row, int i) {
 template <typename OnRow>
 Status for_each_row(std::string_view path, const char *sql, OnRow on_row) {
   note_read(path);
+  SnapshotScope snapshot;
   Status st;
   sqlite3 *db = open_for(path, false, st);
   if (db == nullptr) return st;
@@ -133,27 +135,34 @@ Status for_each_row(std::string_view path, const char *sql, OnRow on_row) {
   return rc == SQLITE_DONE ? Status::ok : sqlite_failure(db);
 }
 
+// The count `sql` gives for the key's id, or -1 when it cannot be read:
+// a damaged page must fail the query, never read as an empty key.
 int64_t count_rows(sqlite3 *db, const char *sql, int64_t key) {
   Statement s(db, sql);
-  if (!s) return 0;
+  if (!s) return -1;
   s.bind(1, key);
-  return s.step() == SQLITE_ROW ? sqlite3_column_int64(s.get(), 0) : 0;
+  if (s.step() == SQLITE_ROW) return sqlite3_column_int64(s.get(), 0);
+  sqlite_failure(db);
+  return -1;
 }
 
 }  // namespace
 
 Status query_key(std::string_view path, uint32_t *subkeys, uint32_t *values) {
   note_read(path);
+  SnapshotScope snapshot;
   Status st;
   sqlite3 *db = open_for(path, false, st);
   if (db == nullptr) return st;
   int64_t id;
   if ((st = key_id(db, path, id)) != Status::ok) return st;
-  if (subkeys != nullptr)
-    *subkeys =
-        static_cast<uint32_t>(count_rows(db, "SELECT count(*) FROM keys WHERE parent = ?1", id));
-  if (values != nullptr)
-    *values = static_cast<uint32_t>(count_rows(db, "SELECT count(*) FROM vals WHERE key = ?1", id));
+  const int64_t s =
+      subkeys != nullptr ? count_rows(db, "SELECT count(*) FROM keys WHERE parent = ?1", id) : 0;
+  const int64_t v =
+      values != nullptr ? count_rows(db, "SELECT count(*) FROM vals WHERE key = ?1", id) : 0;
+  if (s < 0 || v < 0) return Status::store_error;
+  if (subkeys != nullptr) *subkeys = static_cast<uint32_t>(s);
+  if (values != nullptr) *values = static_cast<uint32_t>(v);
   return Status::ok;
 }
 
@@ -182,6 +191,7 @@ Status get_value(std::string_view path, std::string_view name, Value &out) {
 
 Status set_value(std::string_view path, std::string_view name, uint32_t type,
                  std::string_view data) {
+  if (const Status st = check_value(path, name, data); st != Status::ok) return st;
   return in_write_transaction(path, false, [&](sqlite3 *db) {
     int64_t id;
     const Status st = key_id(db, path, id);
@@ -235,8 +245,10 @@ Status write_batch(const std::vector<KeyRecord> &records) {
       if ((st = create_in(db, r.path, nullptr)) != Status::ok) return st;
       int64_t id;
       if ((st = key_id(db, r.path, id)) != Status::ok) return st;
-      for (const Value &v : r.values)
+      for (const Value &v : r.values) {
+        if ((st = check_value(r.path, v.name, v.data)) != Status::ok) return st;
         if ((st = set_in(db, id, v.name, v.type, v.data)) != Status::ok) return st;
+      }
       for (const std::string &name : r.removed_values) {
         if ((st = absent_is_removed(delete_value_in(db, id, name))) != Status::ok) return st;
       }

@@ -1,14 +1,21 @@
 #include "platform/unix/store_connection.h"
 
+#include <fcntl.h>
 #include <pthread.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cerrno>
+#include <chrono>
 #include <cstdlib>
+#include <cstring>
+#include <thread>
 #include <unordered_map>
 #include <utility>
+
+#include "platform/unix/store_file.h"
 
 namespace korutl::store {
 
@@ -41,9 +48,14 @@ std::atomic<unsigned> fork_generation{0};
 
 struct Connection {
   unsigned generation = 0;
-  std::string file;
+  std::string source;  // the KORVO_REGISTRY text it was opened for, "" for the default
+  std::string file;    // the absolute file
+  dev_t device = 0;    // the identity of the file opened, to notice a replaced one
+  ino_t inode = 0;
   sqlite3 *db = nullptr;
   std::unordered_map<const char *, sqlite3_stmt *> statements;
+  unsigned snapshot_depth = 0;
+  bool in_snapshot = false;  // a read transaction is open for the snapshot
 
   void close() {
     // A child of fork() must not touch its parent's connection: it is
@@ -54,30 +66,43 @@ struct Connection {
     }
     statements.clear();
     db = nullptr;
+    in_snapshot = false;
   }
   ~Connection() { close(); }
 };
 
 thread_local Connection this_thread;
+thread_local std::string error_text;
+
+// Every call may wait for a store that another writer holds until this
+// moment (busy_timeout_ms from the call's start), in SQLite's busy handler
+// and in the retries below alike, and then fails as busy.
+using Clock = std::chrono::steady_clock;
+thread_local Clock::time_point deadline;
+thread_local long waited_ms_allowed = 0;
 
 bool busy(int rc) { return (rc & 0xFF) == SQLITE_BUSY || (rc & 0xFF) == SQLITE_LOCKED; }
 
+// Sleeps a few milliseconds, never past the deadline; false once it passed.
+bool pause_before_retry() {
+  const auto left = deadline - Clock::now();
+  if (left <= Clock::duration::zero()) return false;
+  std::this_thread::sleep_for(std::min<Clock::duration>(left, std::chrono::milliseconds(5)));
+  return true;
+}
+
+int on_busy(void *, int) { return pause_before_retry() ? 1 : 0; }
+
 // Some lock conflicts (changing the journal mode, WAL recovery, a first
 // schema write racing another process) return SQLITE_BUSY without waiting
-// in the busy handler; those are retried here for up to about ten seconds.
-constexpr int busy_retries = 2000;
-
-void pause_briefly() { usleep(5000); }
-
+// in the busy handler; those are retried here until the deadline.
 bool exec_retrying(sqlite3 *db, const char *sql) {
-  for (int i = 0;; ++i) {
+  while (true) {
     const int rc = sqlite3_exec(db, sql, nullptr, nullptr, nullptr);
     if (rc == SQLITE_OK) return true;
-    if (!busy(rc) || i == busy_retries) return false;
-    pause_briefly();
+    if (!busy(rc) || !pause_before_retry()) return false;
   }
 }
-thread_local std::string error_text;
 
 bool make_folders(const std::string &file) {
   for (size_t pos = file.find('/', 1); pos != std::string::npos; pos = file.find('/', pos + 1)) {
@@ -87,10 +112,64 @@ bool make_folders(const std::string &file) {
   return true;
 }
 
+// A new store file is made here, readable and writable by its owner only,
+// before SQLite opens it: SQLite gives its -wal and -shm files the mode of
+// the database file, so the whole store stays private.
+bool create_private(const std::string &file) {
+  const int fd = open(file.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
+  if (fd >= 0) return ::close(fd) == 0;
+  return errno == EEXIST;
+}
+
 bool set_up(sqlite3 *db) {
-  sqlite3_busy_timeout(db, 10000);
+  sqlite3_busy_handler(db, on_busy, nullptr);
   return exec_retrying(db, "PRAGMA foreign_keys=ON; PRAGMA synchronous=FULL;") &&
          exec_retrying(db, "PRAGMA journal_mode=WAL;") && exec_retrying(db, schema_sql);
+}
+
+// Whether `file` is still the file `c` has open: a store replaced (mv) or
+// removed since would otherwise take writes that nobody reads again.
+bool still_same_file(const Connection &c) {
+  struct stat st {};
+  return stat(c.file.c_str(), &st) == 0 && st.st_dev == c.device && st.st_ino == c.inode;
+}
+
+sqlite3 *fail_with(Status &status, Status why, std::string reason) {
+  set_error(std::move(reason));
+  status = why;
+  return nullptr;
+}
+
+// Opens `file` for this thread's connection; null with status set on failure.
+sqlite3 *open_file(Connection &c, const std::string &file, bool for_write, Status &status) {
+  struct stat st {};
+  if (stat(file.c_str(), &st) != 0) {
+    if (!for_write) return fail_with(status, Status::no_key, "no store file " + file);
+    if (!make_folders(file))
+      return fail_with(status, Status::store_error, "cannot create the folder of " + file);
+    if (!create_private(file))
+      return fail_with(status, Status::store_error,
+                       "cannot create " + file + ": " + std::strerror(errno));
+  }
+  // Whatever may throw (running out of memory) happens while no handle is
+  // open or while `opened` owns it, so that a handle is never lost.
+  struct Opened {
+    sqlite3 *db = nullptr;
+    ~Opened() { sqlite3_close_v2(db); }
+  } opened;
+  const int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX;
+  if (sqlite3_open_v2(file.c_str(), &opened.db, flags, nullptr) != SQLITE_OK || !set_up(opened.db))
+    return fail_with(
+        status, Status::store_error,
+        file + ": " + (opened.db != nullptr ? sqlite3_errmsg(opened.db) : "cannot open"));
+  if (stat(file.c_str(), &st) != 0)
+    return fail_with(status, Status::store_error, file + " went away while it was opened");
+  c.file = file;
+  c.device = st.st_dev;
+  c.inode = st.st_ino;
+  c.generation = fork_generation.load();
+  c.db = std::exchange(opened.db, nullptr);
+  return c.db;
 }
 
 }  // namespace
@@ -99,60 +178,66 @@ const std::string &last_error() { return error_text; }
 
 void set_error(std::string reason) { error_text = std::move(reason); }
 
-std::string store_file() {
-  if (const char *env = std::getenv("KORVO_REGISTRY"); env != nullptr && *env != '\0') return env;
-  if (const char *xdg = std::getenv("XDG_STATE_HOME"); xdg != nullptr && *xdg == '/')
-    return std::string(xdg) + "/halcyra/registry.db";
-  const char *home = std::getenv("HOME");
-  return std::string(home != nullptr ? home : "") + "/.local/state/halcyra/registry.db";
-}
-
 Status sqlite_failure(sqlite3 *db) {
-  set_error(sqlite3_errmsg(db));
+  const int rc = sqlite3_extended_errcode(db) & 0xFF;
+  const std::string &file = this_thread.file;
+  if (rc == SQLITE_CORRUPT || rc == SQLITE_NOTADB)
+    set_error("the store file " + file + " is damaged: " + sqlite3_errmsg(db));
+  else if (busy(rc))
+    set_error("store busy: " + file + " stayed locked by another writer for " +
+              std::to_string(waited_ms_allowed) + " ms");
+  else
+    set_error(sqlite3_errmsg(db));
   return Status::store_error;
 }
 
 sqlite3 *connection(bool for_write, Status &status) {
   Connection &c = this_thread;
   status = Status::ok;
+  waited_ms_allowed = busy_timeout_ms();
+  deadline = Clock::now() + std::chrono::milliseconds(waited_ms_allowed);
+  if (for_write && c.snapshot_depth > 0)
+    return fail_with(status, Status::store_error, "a write inside a read snapshot");
   // The common case, an open connection to the file KORVO_REGISTRY names,
   // is settled without building the path.
   const char *env = std::getenv("KORVO_REGISTRY");
-  const bool same_file = env != nullptr && *env != '\0' ? c.file == env : c.file == store_file();
-  if (c.db != nullptr && (c.generation != fork_generation.load() || !same_file)) c.close();
-  if (c.db != nullptr) return c.db;
-  const std::string file = store_file();
-
-  struct stat st {};
-  if (stat(file.c_str(), &st) != 0) {
-    if (!for_write) {
-      status = Status::no_key;
-      return nullptr;
-    }
-    if (!make_folders(file)) {
-      set_error("cannot create the folder of " + file);
+  const std::string_view source = env != nullptr ? env : "";
+  std::string file, why;
+  bool same = c.db != nullptr && c.generation == fork_generation.load() && c.source == source;
+  if (same && source.empty()) same = store_file(file, why) && file == c.file;
+  if (same && for_write) same = still_same_file(c);
+  if (c.db != nullptr && !same) c.close();
+  if (c.db == nullptr) {
+    if (file.empty() && !store_file(file, why)) return fail_with(status, Status::store_error, why);
+    c.source = source;
+    if (open_file(c, file, for_write, status) == nullptr) return nullptr;
+  }
+  // A snapshot's read transaction starts with its first read.
+  if (c.snapshot_depth > 0 && !c.in_snapshot) {
+    if (!exec_retrying(c.db, "BEGIN")) {
+      sqlite_failure(c.db);
       status = Status::store_error;
       return nullptr;
     }
+    c.in_snapshot = true;
   }
-  // Whatever may throw (running out of memory) happens while no handle is
-  // open or while `opened` owns it, so that a handle is never lost.
-  c.file = file;
-  struct Opened {
-    sqlite3 *db = nullptr;
-    ~Opened() { sqlite3_close_v2(db); }
-  } opened;
-  const int flags =
-      SQLITE_OPEN_READWRITE | (for_write ? SQLITE_OPEN_CREATE : 0) | SQLITE_OPEN_NOMUTEX;
-  if (sqlite3_open_v2(file.c_str(), &opened.db, flags, nullptr) != SQLITE_OK ||
-      !set_up(opened.db)) {
-    set_error(file + ": " + (opened.db != nullptr ? sqlite3_errmsg(opened.db) : "cannot open"));
-    status = Status::store_error;
-    return nullptr;
-  }
-  c.generation = fork_generation.load();
-  c.db = std::exchange(opened.db, nullptr);
   return c.db;
+}
+
+Status begin_snapshot() {
+  ++this_thread.snapshot_depth;
+  return Status::ok;
+}
+
+Status end_snapshot() {
+  Connection &c = this_thread;
+  if (c.snapshot_depth == 0) return Status::bad_name;
+  if (--c.snapshot_depth == 0 && c.in_snapshot) {
+    c.in_snapshot = false;
+    // Nothing was written: ending the read transaction cannot lose data.
+    sqlite3_exec(c.db, "COMMIT", nullptr, nullptr, nullptr);
+  }
+  return Status::ok;
 }
 
 Statement::Statement(sqlite3 *db, const char *sql) {
@@ -195,11 +280,10 @@ void Statement::bind_blob(int i, std::string_view data) {
 void Statement::bind(int i, int64_t v) { sqlite3_bind_int64(stmt_, i, v); }
 
 int Statement::step() {
-  for (int i = 0;; ++i) {
+  while (true) {
     const int rc = sqlite3_step(stmt_);
-    if (!busy(rc) || i == busy_retries) return rc;
+    if (!busy(rc) || !pause_before_retry()) return rc;
     sqlite3_reset(stmt_);
-    pause_briefly();
   }
 }
 

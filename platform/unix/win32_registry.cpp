@@ -1,15 +1,14 @@
-// The Win32 registry functions on the configuration store. A key handle is
-// the key's full path with the access it was opened for; the store itself
-// is reached afresh on each call, so a handle never goes stale.
+// The Win32 registry functions on the registry service (libkorrsv), which
+// holds the process's one store. A key handle is the key's full path with
+// the access it was opened for; the tree is reached afresh on each call, so
+// a handle never goes stale.
 #include <cstring>
 #include <new>
 #include <string>
 
-#include "platform/store.h"
 #include "platform/win32.h"
+#include "siblings/rsv/rsv.h"
 #include "utl/no_throw.h"
-
-namespace store = korutl::store;
 
 struct korutl_hkey {
   std::string path;
@@ -31,21 +30,26 @@ bool path_of(HKEY hKey, std::string &path) {
   return true;
 }
 
-LONG error_of(store::Status st) {
-  switch (st) {
-    case store::Status::ok:
+// The Win32 result for a registry service status.
+LONG error_of(uint16_t status) {
+  switch (status) {
+    case RSV_OK:
       return ERROR_SUCCESS;
-    case store::Status::no_key:
-    case store::Status::no_value:
+    case RSV_E_NO_KEY:
+    case RSV_E_NO_VALUE:
       return ERROR_FILE_NOT_FOUND;
-    case store::Status::bad_name:
-    case store::Status::too_large:
+    case RSV_E_BAD_ARGUMENT:
+    case RSV_E_TOO_LONG:
       return ERROR_INVALID_PARAMETER;
-    case store::Status::store_error:
-      break;
+    case RSV_E_BUFFER_SMALL:
+      return ERROR_MORE_DATA;
+    default:
+      return ERROR_REGISTRY_IO_FAILED;
   }
-  return ERROR_REGISTRY_IO_FAILED;
 }
+
+// The Win32 calls trace nothing, so the service is asked for no trace line.
+constexpr const char *untraced = nullptr;
 
 // Joins hKey's path and lpSubKey (null or "" names hKey itself).
 LONG sub_path(HKEY hKey, LPCSTR lpSubKey, std::string &path) {
@@ -74,7 +78,8 @@ LONG RegOpenKeyExA(HKEY hKey, LPCSTR lpSubKey, DWORD, REGSAM samDesired, PHKEY p
     if (phkResult == nullptr) return ERROR_INVALID_PARAMETER;
     std::string path;
     if (const LONG rc = sub_path(hKey, lpSubKey, path); rc != ERROR_SUCCESS) return rc;
-    if (const LONG rc = error_of(store::query_key(path, nullptr, nullptr)); rc != ERROR_SUCCESS)
+    if (const LONG rc = error_of(rsv_query_key(path.c_str(), nullptr, nullptr, untraced, 0));
+        rc != ERROR_SUCCESS)
       return rc;
     return hand_out(std::move(path), samDesired, phkResult);
   });
@@ -87,20 +92,14 @@ LONG RegQueryValueExA(HKEY hKey, LPCSTR lpValueName, LPDWORD lpReserved, LPDWORD
       return ERROR_INVALID_PARAMETER;
     std::string path;
     if (!path_of(hKey, path)) return ERROR_INVALID_HANDLE;
-    store::Value value;
-    const store::Status st =
-        store::get_value(path, lpValueName != nullptr ? lpValueName : "", value);
-    if (st != store::Status::ok) return error_of(st);
-    if (lpType != nullptr) *lpType = value.type;
-    if (lpcbData == nullptr) return ERROR_SUCCESS;
-    const DWORD size = static_cast<DWORD>(value.data.size());
-    if (lpData != nullptr && size > *lpcbData) {
-      *lpcbData = size;
-      return ERROR_MORE_DATA;
+    // One read: the service fills the caller's buffer or tells the size.
+    uint32_t size = lpcbData != nullptr && lpData != nullptr ? *lpcbData : 0;
+    const uint16_t rc = rsv_get_value_ex(path.c_str(), lpValueName != nullptr ? lpValueName : "",
+                                         lpType, lpData, &size, untraced, 0);
+    if (rc == RSV_OK || rc == RSV_E_BUFFER_SMALL) {
+      if (lpcbData != nullptr) *lpcbData = size;
     }
-    if (lpData != nullptr && size > 0) std::memcpy(lpData, value.data.data(), size);
-    *lpcbData = size;
-    return ERROR_SUCCESS;
+    return error_of(rc);
   });
 }
 
@@ -110,10 +109,12 @@ LONG RegCreateKeyExA(HKEY hKey, LPCSTR lpSubKey, DWORD Reserved, LPSTR, DWORD, R
     if (Reserved != 0 || phkResult == nullptr) return ERROR_INVALID_PARAMETER;
     std::string path;
     if (const LONG rc = sub_path(hKey, lpSubKey, path); rc != ERROR_SUCCESS) return rc;
-    bool created = false;
-    if (const LONG rc = error_of(store::create_key(path, &created)); rc != ERROR_SUCCESS) return rc;
+    uint8_t created = 0;
+    if (const LONG rc = error_of(rsv_create_key_ex(path.c_str(), &created, untraced, 0));
+        rc != ERROR_SUCCESS)
+      return rc;
     if (lpdwDisposition != nullptr)
-      *lpdwDisposition = created ? REG_CREATED_NEW_KEY : REG_OPENED_EXISTING_KEY;
+      *lpdwDisposition = created != 0 ? REG_CREATED_NEW_KEY : REG_OPENED_EXISTING_KEY;
     return hand_out(std::move(path), samDesired, phkResult);
   });
 }
@@ -126,10 +127,8 @@ LONG RegSetValueExA(HKEY hKey, LPCSTR lpValueName, DWORD Reserved, DWORD dwType,
     std::string path;
     if (!path_of(hKey, path)) return ERROR_INVALID_HANDLE;
     if ((hKey->access & KEY_SET_VALUE) == 0) return ERROR_ACCESS_DENIED;
-    const std::string_view data(reinterpret_cast<const char *>(lpData),
-                                lpData != nullptr ? cbData : 0);
-    return error_of(
-        store::set_value(path, lpValueName != nullptr ? lpValueName : "", dwType, data));
+    return error_of(rsv_set_value_ex(path.c_str(), lpValueName != nullptr ? lpValueName : "",
+                                     dwType, lpData, lpData != nullptr ? cbData : 0, untraced, 0));
   });
 }
 

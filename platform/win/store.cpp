@@ -102,8 +102,8 @@ class OpenKey {
   HKEY key_ = nullptr;
 };
 
+// Values are checked (check_value) before they come here.
 Status set_in(HKEY key, const std::string &name, uint32_t type, std::string_view data) {
-  if (const Status st = check_value(name, data); st != Status::ok) return st;
   const LONG rc =
       RegSetValueExA(key, name.c_str(), 0, type, reinterpret_cast<const BYTE *>(data.data()),
                      static_cast<DWORD>(data.size()));
@@ -147,8 +147,20 @@ Status delete_in(std::string_view path) {
 
 const std::string &last_error() { return error_text; }
 
-// There is no file: the tree is the system registry.
-std::string store_file() { return "HKEY_LOCAL_MACHINE"; }
+// The system registry has no snapshots: the calls only keep count, so that
+// callers pair them as on Linux.
+thread_local unsigned snapshot_depth = 0;
+
+Status begin_snapshot() {
+  ++snapshot_depth;
+  return Status::ok;
+}
+
+Status end_snapshot() {
+  if (snapshot_depth == 0) return Status::bad_name;
+  --snapshot_depth;
+  return Status::ok;
+}
 
 Status query_key(std::string_view path, uint32_t *subkeys, uint32_t *values) {
   note_read(path);
@@ -187,7 +199,7 @@ Status get_value(std::string_view path, std::string_view name, Value &out) {
 
 Status set_value(std::string_view path, std::string_view name, uint32_t type,
                  std::string_view data) {
-  if (const Status st = check_value(name, data); st != Status::ok) return st;
+  if (const Status st = check_value(path, name, data); st != Status::ok) return st;
   OpenKey key;
   if (const Status st = key.open(path, KEY_SET_VALUE); st != Status::ok) return st;
   return set_in(key.get(), std::string(name), type, data);
@@ -262,7 +274,7 @@ Status write_batch(const std::vector<KeyRecord> &records) {
     const Status st = place_of(r.path, place);
     if (st == Status::bad_name || (st == Status::no_key && !r.remove)) return Status::bad_name;
     for (const Value &v : r.values)
-      if (const Status vs = check_value(v.name, v.data); vs != Status::ok) return vs;
+      if (const Status vs = check_value(r.path, v.name, v.data); vs != Status::ok) return vs;
   }
   for (const KeyRecord &r : records) {
     if (r.remove) {

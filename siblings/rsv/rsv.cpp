@@ -10,8 +10,8 @@
 #include <iterator>
 #include <string>
 
-#include "platform/regfile.h"
 #include "platform/store.h"
+#include "siblings/rsv/regfile.h"
 #include "siblings/trace_line.h"
 #include "utl/no_throw.h"
 
@@ -28,10 +28,13 @@ void forward_read(std::string_view path) {
     hook(std::string(path).c_str());
 }
 
-// Traces one failure and gives its status.
+// Traces one failure and gives its status. A caller that names no module
+// asked for none: the library's Win32 registry layer, which stands for
+// calls that trace nothing.
 uint16_t fail(uint16_t status, const char *operation, const char *module, int32_t line,
               std::string_view reason) {
-  korutl::siblings::emit_trace_line(trace_func.load(), module, line, operation, reason);
+  if (module != nullptr)
+    korutl::siblings::emit_trace_line(trace_func.load(), module, line, operation, reason);
   return status;
 }
 
@@ -54,6 +57,8 @@ uint16_t traced_status(store::Status st, const char *operation, const char *key,
       return fail(RSV_E_NO_VALUE, operation, module, line, "no such value");
     case store::Status::bad_name:
       return fail(RSV_E_BAD_ARGUMENT, operation, module, line, "bad key or value name");
+    case store::Status::root_value:
+      return fail(RSV_E_BAD_ARGUMENT, operation, module, line, "no values on a root key");
     case store::Status::too_large:
       return fail(RSV_E_TOO_LONG, operation, module, line, "value too large");
     case store::Status::store_error:
@@ -176,10 +181,31 @@ RSV_API uint16_t rsv_delete_value(const char *key, const char *name, const char 
 }
 
 RSV_API uint16_t rsv_create_key(const char *key, const char *module, int32_t line) {
+  return rsv_create_key_ex(key, nullptr, module, line);
+}
+
+RSV_API uint16_t rsv_create_key_ex(const char *key, uint8_t *created, const char *module,
+                                   int32_t line) {
   return run_guarded("create_key", module, line, [&]() -> uint16_t {
     if (key == nullptr) return bad_argument("create_key", module, line);
-    return traced_status(store::create_key(key), "create_key", key, module, line);
+    bool made = false;
+    const uint16_t rc =
+        traced_status(store::create_key(key, &made), "create_key", key, module, line);
+    if (rc == RSV_OK && created != nullptr) *created = made ? 1 : 0;
+    return rc;
   });
+}
+
+RSV_API uint16_t rsv_begin_snapshot(const char *module, int32_t line) {
+  return run_guarded("begin_snapshot", module, line, [&]() -> uint16_t {
+    return traced_status(store::begin_snapshot(), "begin_snapshot", "", module, line);
+  });
+}
+
+RSV_API uint16_t rsv_end_snapshot(const char *module, int32_t line) {
+  if (store::end_snapshot() != store::Status::ok)
+    return fail(RSV_E_BAD_ARGUMENT, "end_snapshot", module, line, "no snapshot to end");
+  return RSV_OK;
 }
 
 RSV_API uint16_t rsv_delete_key(const char *key, const char *module, int32_t line) {
@@ -224,7 +250,11 @@ RSV_API uint16_t rsv_export_file(const char *key, const char *file, const char *
   return run_guarded("export_file", module, line, [&]() -> uint16_t {
     if (key == nullptr || file == nullptr) return bad_argument("export_file", module, line);
     std::string text;
-    const store::Status st = korutl::regfile::write(key, text);
+    store::Status st;
+    {
+      const store::SnapshotScope snapshot;  // one committed state, whole or not at all
+      st = korutl::regfile::write(key, text);
+    }
     if (st != store::Status::ok) return traced_status(st, "export_file", key, module, line);
     std::ofstream out(file, std::ios::binary | std::ios::trunc);
     if (!out.write(text.data(), static_cast<std::streamsize>(text.size())) || !out.flush())

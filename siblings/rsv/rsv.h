@@ -5,12 +5,21 @@
  * Every operation returns a 16-bit status (RSV_OK on success) and takes a
  * trailing trace pair: the calling module's name and the line of the call.
  * When an operation fails, the function installed with rsv_set_trace_func
- * receives one line "module:line: operation: reason\n".
+ * receives one line "module:line: operation: reason\n"; a null module
+ * asks for no trace line.
  *
  * The tree lives in the store file named by KORVO_REGISTRY (default
- * $XDG_STATE_HOME/halcyra/registry.db); a store that does not exist yet is
- * an empty tree. Names are case-insensitive and keep their case; a key name
- * has at most 255 characters, a path at most 512 levels. */
+ * $XDG_STATE_HOME/halcyra/registry.db, else
+ * $HOME/.local/state/halcyra/registry.db); a store that does not exist yet
+ * is an empty tree. A relative KORVO_REGISTRY is made absolute when the
+ * process first uses it; with no KORVO_REGISTRY and neither variable an
+ * absolute path, every operation fails with RSV_E_STORE. New store files
+ * are readable and writable by their owner only. A call waits at most
+ * KORVO_REGISTRY_BUSY_TIMEOUT milliseconds (default 10000) for a store that
+ * another writer holds, then fails with RSV_E_STORE ("store busy"). A store
+ * file found damaged fails the call with RSV_E_STORE, never a shorter
+ * answer. Values cannot be set on a root key (RSV_E_BAD_ARGUMENT). Names are case-insensitive and
+ * keep their case; a key name has at most 255 characters, a path at most 512 levels. */
 #ifndef KORUTL_SIBLINGS_RSV_H
 #define KORUTL_SIBLINGS_RSV_H
 
@@ -95,6 +104,11 @@ RSV_API uint16_t rsv_delete_value(const char *key, const char *name, const char 
  * success. */
 RSV_API uint16_t rsv_create_key(const char *key, const char *module, int32_t line);
 
+/* rsv_create_key, and *created (may be null) receives 1 when the key
+ * itself was new, 0 when it existed. */
+RSV_API uint16_t rsv_create_key_ex(const char *key, uint8_t *created, const char *module,
+                                   int32_t line);
+
 /* Removes the key with its values and its whole subtree. */
 RSV_API uint16_t rsv_delete_key(const char *key, const char *module, int32_t line);
 
@@ -126,6 +140,19 @@ RSV_API uint16_t rsv_export_file(const char *key, const char *file, const char *
  * at fault (0 when the file cannot be read; files over 64 MiB are refused). */
 RSV_API uint16_t rsv_import_file(const char *file, uint32_t *bad_line, const char *module,
                                  int32_t line);
+
+/* Reads of the calling thread between rsv_begin_snapshot and
+ * rsv_end_snapshot see one committed state of the tree: a listing made of
+ * several calls (counts, names, values, subkeys) neither fails nor tears
+ * while other threads or processes write. Calls nest; the outermost end
+ * releases the snapshot. A write of this thread inside a snapshot fails
+ * with RSV_E_STORE. Keep snapshots short: a long one holds back the store's
+ * checkpoints. rsv_end_snapshot without a begin gives RSV_E_BAD_ARGUMENT.
+ * The service's own multi-read operations (rsv_query_key, the enumerations,
+ * rsv_export_file) read inside one by themselves. On Windows the system
+ * registry has no snapshots: there the calls only nest. */
+RSV_API uint16_t rsv_begin_snapshot(const char *module, int32_t line);
+RSV_API uint16_t rsv_end_snapshot(const char *module, int32_t line);
 
 /* Installs a function called before every read of the tree made through
  * this service (key queries, value reads, enumerations) with the key path;

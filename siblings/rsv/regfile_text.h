@@ -1,6 +1,6 @@
 // UTF-8 and UTF-16LE byte strings converted both ways for the .reg format.
-#ifndef KORUTL_PLATFORM_REGFILE_TEXT_H
-#define KORUTL_PLATFORM_REGFILE_TEXT_H
+#ifndef KORUTL_SIBLINGS_RSV_REGFILE_TEXT_H
+#define KORUTL_SIBLINGS_RSV_REGFILE_TEXT_H
 
 #include <string>
 #include <string_view>

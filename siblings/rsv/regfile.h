@@ -1,7 +1,7 @@
 // The .reg text format of the Windows registry editor, version 5.00:
 // parsing a file into key records, and writing a tree out as such a file.
-#ifndef KORUTL_PLATFORM_REGFILE_H
-#define KORUTL_PLATFORM_REGFILE_H
+#ifndef KORUTL_SIBLINGS_RSV_REGFILE_H
+#define KORUTL_SIBLINGS_RSV_REGFILE_H
 
 #include <string>
 #include <string_view>

@@ -6,8 +6,8 @@
 #include <cstdio>
 #include <cstring>
 
-#include "platform/regfile.h"
-#include "platform/regfile_text.h"
+#include "siblings/rsv/regfile.h"
+#include "siblings/rsv/regfile_text.h"
 
 namespace korutl::regfile {
 

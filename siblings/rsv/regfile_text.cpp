@@ -1,4 +1,4 @@
-#include "platform/regfile_text.h"
+#include "siblings/rsv/regfile_text.h"
 
 #include <cstdint>
 

@@ -4,9 +4,9 @@
 #include <cstdint>
 #include <cstdlib>
 
-#include "platform/regfile.h"
-#include "platform/regfile_text.h"
 #include "platform/store_rules.h"
+#include "siblings/rsv/regfile.h"
+#include "siblings/rsv/regfile_text.h"
 
 namespace korutl::regfile {
 
