@@ -110,7 +110,7 @@ LanguageLibrary *FindOrLoadLibrary(LanguageRequest &request) {
   return file ? load_and_add(request, file.get()) : nullptr;
 }
 
-LanguageLibrary *FindOrLoadFile(LanguageRequest &request, const char *fileName) {
+LanguageLibrary *find_or_load_file(LanguageRequest &request, const char *fileName) {
   if (LanguageLibrary *cached = FindCachedLibrary(request)) return cached;
   return load_and_add(request, fileName);
 }

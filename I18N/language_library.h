@@ -74,7 +74,7 @@ LanguageLibrary *FindInOtherVersions(LanguageRequest &request);
 
 // The cached library of the request, or `fileName` (resolved along the
 // OS-services library's search path) loaded and added to the cache.
-LanguageLibrary *FindOrLoadFile(LanguageRequest &request, const char *fileName);
+LanguageLibrary *find_or_load_file(LanguageRequest &request, const char *fileName);
 
 // Loads `fileName` and looks up its entry point ("GetStringResource", else
 // "get_resource"). A new record with empty texts, or null: no name, not

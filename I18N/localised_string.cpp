@@ -24,7 +24,8 @@ using korutl::i18n::LanguageRequest;
 namespace cfg = korutl::cfg;
 
 // Halcyra's own identifier: this library's product at this build's version.
-constexpr const char *kOwnObjectId = "\\localhost\\" KORUTL_PRODUCT_NAME "\\" KORUTL_FULL_VERSION_TEXT;
+constexpr const char *kOwnObjectId =
+    "\\localhost\\" KORUTL_PRODUCT_NAME "\\" KORUTL_FULL_VERSION_TEXT;
 constexpr const char *kNotFoundText =
     "(KOR0301) Cannot find language library (language not installed for product).";
 // The instance path, the Languages key path and the file name of the
@@ -68,7 +69,7 @@ LanguageLibrary *find_library(LanguageRequest &request, const std::string &reque
   request.language = requested;
   char file[kAreaSize];
   if (cfg::compose(file, sizeof file, "%s%s%s", "", requested.c_str(), ".dll")) {
-    if (LanguageLibrary *found = FindOrLoadFile(request, file)) return found;
+    if (LanguageLibrary *found = find_or_load_file(request, file)) return found;
   }
   if (const Text global = global_language()) {
     request.language = global.get();

@@ -41,7 +41,7 @@ KORUTL_API void KORVOCfgEnumerate(const char *keyPath, KORVOCfgEnumCallback call
       written, cfg::prodcfg_module, __LINE__);
   char data[data_size];
   for (uint16_t i = 0; rc == RSV_OK && i < written; ++i) {
-    if (cfg::ValueNameWasCut(keyPath, names, i)) continue;  // not a name of this key
+    if (cfg::value_name_was_cut(keyPath, names, i)) continue;  // not a name of this key
     uint16_t length = data_size;
     if (rsv_get_value(keyPath, names[i], data, &length, cfg::prodcfg_module, __LINE__) == RSV_OK)
       callback(names[i], data);
@@ -87,7 +87,7 @@ KORUTL_API char **KORVOCfgGetEnvironmentVars(const char *component, uint16_t *co
   bool complete = rc == RSV_OK && written > 0;
   // A cut name is the name of no variable: the list is refused whole.
   for (uint16_t i = 0; complete && i < written; ++i)
-    complete = !cfg::ValueNameWasCut(key, names, i);
+    complete = !cfg::value_name_was_cut(key, names, i);
   if (!complete) {
     free_slots(names, values);
     return nullptr;

@@ -34,7 +34,7 @@ KORUTL_API char **KORVOCfgGetVersionInstances(const char *product, const char *v
   if (product == nullptr || version == nullptr ||
       !cfg::compose(key, sizeof key, cfg::instances_key, product, version))
     return nullptr;
-  return cfg::ListSubkeysByVersion(key, count);
+  return cfg::list_subkeys_by_version(key, count);
 }
 
 KORUTL_API char *KORVOCfgLocateAgentKey(const char *product, const char *agent) {

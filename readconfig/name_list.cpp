@@ -40,7 +40,7 @@ int CompareVersionsDescending(const void *a, const void *b) {
   return ka > kb ? -1 : (ka < kb ? 1 : 0);
 }
 
-char **ListSubkeysByVersion(const char *key, uint16_t *count) {
+char **list_subkeys_by_version(const char *key, uint16_t *count) {
   char **names = nullptr;
   uint16_t written = 0;
   const uint16_t rc = enumerate_names(
@@ -67,7 +67,7 @@ char **ListSubkeysByVersion(const char *key, uint16_t *count) {
   return names;
 }
 
-bool ValueNameWasCut(const char *key, char *const *names, uint16_t i) {
+bool value_name_was_cut(const char *key, char *const *names, uint16_t i) {
   if (std::strlen(names[i]) < KORVO_VALUE_NAME_SLOT - 1) return false;
   for (uint16_t j = 0; j < i; ++j)
     if (strcasecmp(names[j], names[i]) == 0) return true;

@@ -22,13 +22,13 @@ int CompareVersionsDescending(const void *a, const void *b);
 // missing, has no subkeys or cannot be enumerated; *count is then 0,
 // except when the block cannot be allocated, where it holds the number of
 // subkeys the key reported.
-char **ListSubkeysByVersion(const char *key, uint16_t *count);
+char **list_subkeys_by_version(const char *key, uint16_t *count);
 
 // Value names come in slots of 33 bytes; the service cuts a longer name
 // to 32 characters. True when names[i] is such a cut: a 32-character name
 // that is no value of `key`, or one seen before in names (two cuts, or a
 // cut and a real 32-character name, that come out alike).
-bool ValueNameWasCut(const char *key, char *const *names, uint16_t i);
+bool value_name_was_cut(const char *key, char *const *names, uint16_t i);
 
 }  // namespace korutl::cfg
 

@@ -18,7 +18,7 @@ KORUTL_API char **KORVOCfgGetProductVersions(const char *product, uint16_t *coun
   char key[cfg::path_size];
   if (product == nullptr || !cfg::compose(key, sizeof key, cfg::versions_key, product))
     return nullptr;
-  return cfg::ListSubkeysByVersion(key, count);
+  return cfg::list_subkeys_by_version(key, count);
 }
 
 KORUTL_API void KORVOCfgFreeProductVersions(char **list) { std::free(list); }
