@@ -76,14 +76,16 @@ void *nalloc_pages(uint32_t n, bool zero) {
   const uint64_t region_bytes = (data_pages + 1) * page;
   // The header records 32-bit sizes; a region beyond them is refused.
   if (needed > UINT32_MAX || region_bytes > UINT32_MAX) return nullptr;
-  auto *base =
-      static_cast<unsigned char *>(VirtualAlloc(nullptr, region_bytes, MEM_COMMIT, PAGE_READWRITE));
+  // Within 32 bits from here on, so the sizes fit a 32-bit SIZE_T too.
+  const auto data_bytes = static_cast<size_t>(data_pages * page);
+  auto *base = static_cast<unsigned char *>(
+      VirtualAlloc(nullptr, static_cast<size_t>(region_bytes), MEM_COMMIT, PAGE_READWRITE));
   if (base == nullptr) return nullptr;
   DWORD old_protect;
-  VirtualProtect(base + data_pages * page, page, PAGE_NOACCESS, &old_protect);
-  std::memset(base, kFill, data_pages * page);
-  const uint64_t r = needed % page;
-  const uint64_t slot = r != 0 ? page - r : 0;
+  VirtualProtect(base + data_bytes, static_cast<size_t>(page), PAGE_NOACCESS, &old_protect);
+  std::memset(base, kFill, data_bytes);
+  const auto r = static_cast<size_t>(needed % page);
+  const size_t slot = r != 0 ? static_cast<size_t>(page) - r : 0;
   unsigned char *user = base + slot + kHeaderSlot;
   write_header(header_address(user), {base, n, static_cast<uint32_t>(data_pages + 1), kBlockMagic});
   if (zero) std::memset(user, 0, n);
