@@ -11,6 +11,21 @@ function(korutl_target_defaults target)
       -fsanitize=${KORUTL_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
     target_link_options(${target} PRIVATE -fsanitize=${KORUTL_SANITIZE})
   endif()
+  # The hardening a distribution expects of a library that parses files and
+  # loads plug-ins: stack canaries, checked string and memory calls, and a
+  # read-only relocation table resolved at start-up. Sanitizer and fuzz
+  # builds instrument the same calls themselves and go without. glibc checks
+  # calls only in optimised code and warns otherwise, so Debug builds leave
+  # _FORTIFY_SOURCE out. ELF only: MinGW would need its libssp for the
+  # first two, and PE has no RELRO.
+  if(KORUTL_HARDENING AND NOT WIN32 AND NOT KORUTL_SANITIZE AND NOT KORUTL_BUILD_FUZZ)
+    target_compile_options(${target} PRIVATE -fstack-protector-strong
+      $<$<NOT:$<CONFIG:Debug>>:-U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2>)
+    get_target_property(type ${target} TYPE)
+    if(type MATCHES "EXECUTABLE|SHARED_LIBRARY|MODULE_LIBRARY")
+      target_link_options(${target} PRIVATE "LINKER:-z,relro" "LINKER:-z,now")
+    endif()
+  endif()
 endfunction()
 
 # A library that is installed: on ELF platforms it lands in the build
