@@ -40,12 +40,14 @@ std::string program_dir() {
   return dir.substr(0, dir.rfind('/'));
 }
 
-// Installed data first (`installed` is relative to the prefix, found from
-// <prefix>/bin), then the source and build trees this command was built from.
-std::string find_data(const std::string &installed_path, const std::string &build_path) {
-  const std::string installed = program_dir() + "/../" + installed_path;
-  if (exists(installed)) return installed;
-  return exists(build_path) ? build_path : "";
+// Data below the prefix (`path` is relative to it, found from <prefix>/bin).
+// The build tree has the same layout below the build folder, so the command
+// finds the sample data there without a path of the build machine.
+std::string find_data(const std::string &path) {
+  char resolved[PATH_MAX];
+  const std::string found = program_dir() + "/../" + path;
+  if (!exists(found)) return "";
+  return realpath(found.c_str(), resolved) != nullptr ? resolved : found;
 }
 
 // A fresh folder holding the temporary store, removed again afterwards.
@@ -91,9 +93,8 @@ int run_demo(const DemoOptions &opt) {
   demo::Report report(opt.quiet);
   demo::Context context{report, opt.sample, ""};
   if (context.sample.empty())
-    context.sample = find_data(KORUTL_INSTALL_DATADIR "/halcyra-sample.reg",
-                               KORUTL_SOURCE_DIR "/examples/halcyra-sample.reg");
-  context.language_dir = find_data(KORUTL_INSTALL_LANGDIR, KORUTL_BUILD_LANGUAGE_DIR);
+    context.sample = find_data(KORUTL_INSTALL_DATADIR "/halcyra-sample.reg");
+  context.language_dir = find_data(KORUTL_INSTALL_LANGDIR);
   if (!opt.quiet) {
     std::printf("korutl demo: store %s%s\n", store.c_str(),
                 is_temporary ? " (temporary, removed afterwards)" : "");
