@@ -4,7 +4,8 @@
 // process sees a scratch key under HKEY_CURRENT_USER in place of
 // HKEY_LOCAL_MACHINE (RegOverridePredefKey), and the korutl command under
 // test does the same from KORUTL_TEST_HKLM (tests/support/win32_hooks.cpp).
-// Either way file() is a path in a scratch folder of the test's own.
+// Either way file() is a path in a scratch folder of the test's own, and
+// scratch(name) another file there.
 #ifndef KORUTL_TESTS_SUPPORT_TEMP_STORE_H
 #define KORUTL_TESTS_SUPPORT_TEMP_STORE_H
 
@@ -61,6 +62,7 @@ class TempStore : public ::testing::Test {
     std::filesystem::remove_all(dir_, ignored);
   }
   const std::string &file() const { return file_; }
+  std::string scratch(const std::string &name) const { return dir_ + "/" + name; }
   // Whether anything has been written to the store.
   bool store_exists() const {
 #if defined(_WIN32)
