@@ -1,0 +1,311 @@
+// The ciphers and encodings through the exported interface: SAFER against
+// published vectors, its key texts, mode table and refusals; the XOR
+// scrambler, Base64 and the binary-to-text preparation by known answers and
+// limits. Round trips and output lengths on any input are the fuzz
+// targets' (fuzz/safer_*, base64_fuzz.cpp, hex_fuzz.cpp, prefixed_base64_fuzz.cpp).
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "korutl.h"
+
+namespace {
+
+using Bytes = std::vector<uint8_t>;
+
+Bytes bytes_of(const std::string &s) { return Bytes(s.begin(), s.end()); }
+
+Bytes hex(const std::string &h) {
+  Bytes b;
+  for (size_t i = 0; i + 1 < h.size(); i += 2)
+    b.push_back(static_cast<uint8_t>(std::stoi(h.substr(i, 2), nullptr, 16)));
+  return b;
+}
+
+struct Result {
+  int32_t ok;
+  Bytes out;
+};
+
+Result safer(int32_t mode, const Bytes &in, const char *key) {
+  Bytes out(in.size() + 16, 0xAA);
+  uint32_t len = 0xDEADBEEF;
+  const int32_t ok =
+      KORVOSaferCrypt(mode, in.data(), static_cast<uint32_t>(in.size()), out.data(), &len, key);
+  if (ok == 0) {
+    // A failed call leaves the caller's buffer and length as they were.
+    EXPECT_EQ(len, 0xDEADBEEF);
+    EXPECT_EQ(out, Bytes(in.size() + 16, 0xAA));
+    return {0, {}};
+  }
+  out.resize(len);
+  return {ok, out};
+}
+
+Bytes first_block(const Bytes &b) { return Bytes(b.begin(), b.begin() + 8); }
+
+// With a zero initial vector the first CBC block is the plain block
+// cipher, so published ECB vectors check the key text reading and the mode
+// table end to end. Key texts are the base-95 spellings of the vector keys.
+TEST(SaferCrypt, FirstBlockMatchesPublishedVectors) {
+  struct Case {
+    const char *source;
+    int32_t mode;
+    const char *key_text, *plain, *cipher;
+  } cases[] = {
+      // Crypto++ saferval.dat, SAFER K-64, all-zero key.
+      {"cryptopp K-64", 0, "", "0000000000000000", "032808C90EE7AB7F"},
+      {"cryptopp K-64", 4, "", "0102030405060708", "7D28038633B92EB4"},
+      {"cryptopp K-64", 42, "        ", "0102030405060708", "7D28038633B92EB4"},
+      // libtomcrypt self-test (ETH reference), SAFER SK-128, key 0102..08 then zeros.
+      {"ltc-selftest SK-128", 2, "w2&`}\\Gq?", "0102030405060708", "FF7811E4B3A72E71"},
+      {"ltc-selftest SK-128", 6, "w2&`}\\Gq?", "0102030405060708", "FF7811E4B3A72E71"},
+      // libtomcrypt cipher_tv.txt, SAFER K-128 and SK-128, key 00 01 .. 0F.
+      {"ltc-tv K-128", 0, "RD#+emW\\6]k?N+eF{j/", "0001020304050607", "4D791DB28D724E55"},
+      {"ltc-tv SK-128", 6, "RD#+emW\\6]k?N+eF{j/", "0001020304050607", "511E4D5D8D70B37E"},
+  };
+  for (const Case &c : cases) {
+    const Result r = safer(c.mode, hex(c.plain), c.key_text);
+    ASSERT_EQ(r.ok, 1) << c.source;
+    ASSERT_EQ(r.out.size(), 16u);
+    EXPECT_EQ(first_block(r.out), hex(c.cipher)) << c.source << " mode " << c.mode;
+  }
+}
+
+TEST(SaferCrypt, ModeAndKeyEquivalences) {
+  const Bytes plain = hex("00112233445566778899AABBCCDDEEFF01");
+  const auto enc = [&](int32_t mode, const char *key) { return safer(mode, plain, key).out; };
+  struct Case {
+    const char *what;
+    int32_t mode_a;
+    const char *key_a;
+    int32_t mode_b;
+    const char *key_b;
+    bool same;
+  } cases[] = {
+      {"mode 4 is mode 0", 4, "key", 0, "key", true},
+      {"mode 8 encrypts as 0", 8, "key", 0, "key", true},
+      {"short key: SK 6 rounds differs from SK 8 rounds", 6, "key", 2, "key", false},
+      {"long key: modes 2 and 6 both 10 rounds", 6, "long key!", 2, "long key!", true},
+      {"long key: modes 0 and 4 both 10 rounds", 4, "long key!", 0, "long key!", true},
+      {"leading blanks are zero digits", 0, " !", 0, "!", true},
+      {"nine characters select the 128-bit key", 0, "        !", 0, "!", false},
+      // 2^128 + 1 in base 95 wraps to the same key as 1 in 20 digits.
+      {"key number wraps modulo 2^128", 0, ")!_oEk9A$(P^Z?P?*r!^", 0, "                   !", true},
+  };
+  for (const Case &c : cases)
+    EXPECT_EQ(enc(c.mode_a, c.key_a) == enc(c.mode_b, c.key_b), c.same) << c.what;
+  // A fresh zero vector per call: a shared first block gives a shared
+  // first ciphertext block.
+  Bytes other = plain;
+  other[9] ^= 1;
+  EXPECT_EQ(first_block(safer(0, other, "k").out), first_block(enc(0, "k")));
+}
+
+TEST(SaferCrypt, RefusedInputs) {
+  const Bytes two_blocks = safer(0, Bytes(16, 0), "k").out;
+  ASSERT_EQ(two_blocks.size(), 24u);
+  struct Case {
+    const char *what;
+    int32_t mode;
+    Bytes input;
+    const char *key;
+  } cases[] = {
+      {"code 127 in key", 1, Bytes(8), "\x7f"},
+      {"decrypt 0 bytes", 1, Bytes{}, "k"},
+      {"decrypt 5 bytes", 1, Bytes(5), "k"},
+      {"decrypt 17 bytes", 3, Bytes(17), "k"},
+      {"length 0 does not end in the last data block", 1,
+       Bytes(two_blocks.begin(), two_blocks.begin() + 16), "k"},
+      {"encrypt 8192 bytes", 0, Bytes(8192), "k"},
+      {"decrypt 8192 bytes", 1, Bytes(8192), "k"},
+  };
+  for (const Case &c : cases) EXPECT_EQ(safer(c.mode, c.input, c.key).ok, 0) << c.what;
+  uint8_t out[32];
+  uint32_t len = 0;
+  EXPECT_EQ(KORVOSaferCrypt(0, out, 8, out, &len, nullptr), 0);
+  EXPECT_EQ(KORVOSaferCrypt(0, nullptr, 8, out, &len, "k"), 0);
+  EXPECT_EQ(KORVOSaferCrypt(0, out, 8, nullptr, &len, "k"), 0);
+}
+
+// Ciphertexts whose length block decodes to a bad bit count: a one-block
+// ciphertext is the encrypted length block of an empty plaintext, so
+// encrypting chosen 8 bytes as data and keeping the first block makes one.
+TEST(SaferCrypt, LengthBlockChecks) {
+  struct Case {
+    const char *what, *length_block;
+    int32_t ok;
+  } cases[] = {
+      {"empty plaintext", "0000000000000000", 1},
+      {"bit count not a multiple of 8", "0100000000000000", 0},
+      {"one block must announce 0 bytes", "0800000000000000", 0},
+      {"2^35 bits or more", "0000000008000000", 0},
+  };
+  for (const Case &c : cases) {
+    const Result r = safer(1, first_block(safer(0, hex(c.length_block), "k").out), "k");
+    EXPECT_EQ(r.ok, c.ok) << c.what;
+    EXPECT_TRUE(r.out.empty()) << c.what;
+  }
+}
+
+TEST(ObxCrypt, KeystreamAndInverse) {
+  // Empty key: the keystream is 0, 7, 21, 42, 70, so zero bytes show it.
+  uint8_t zeros[5] = {};
+  KORVOObxCrypt(1, nullptr, 0, zeros, 5);
+  EXPECT_EQ(Bytes(zeros, zeros + 5), (Bytes{0, 7, 21, 42, 70}));
+  // Key checksum 1*'a' + 2*'b' = 97 + 196 = 293 = 37 mod 256.
+  const uint8_t key[] = {'a', 'b'};
+  uint8_t one = 0;
+  KORVOObxCrypt(2, key, 2, &one, 1);
+  EXPECT_EQ(one, 37);
+  Bytes buf(300);
+  for (size_t i = 0; i < buf.size(); ++i) buf[i] = static_cast<uint8_t>(i);
+  const Bytes original = buf;
+  KORVOObxCrypt(1, key, 2, buf.data(), 300);
+  EXPECT_NE(buf, original);
+  KORVOObxCrypt(2, key, 2, buf.data(), 300);
+  KORVOObxCrypt(1, key, 2, buf.data(), -4);
+  EXPECT_EQ(buf, original);
+}
+
+TEST(Base64, KnownAnswersAndLenientDecoding) {
+  for (const auto &[in, out] : {std::pair<std::string, std::string>{"f", "Zg=="},
+                                {"fo", "Zm8="},
+                                {"foobar", "Zm9vYmFy"},
+                                {std::string("\xff\xfe\x00", 3), "//4A"}}) {
+    char text[16];
+    EXPECT_EQ(KORVOBase64Crypt(1, in.data(), text, static_cast<int32_t>(in.size())),
+              static_cast<int32_t>(out.size()));
+    EXPECT_STREQ(text, out.c_str());
+  }
+  struct Case {
+    std::string in;
+    Bytes out;
+  } cases[] = {
+      {"Zg==", {'f', 0, 0}},         // padding decodes as zero bytes, counted
+      {"Zm9vYg", bytes_of("foo")},   // beyond the last whole group: ignored
+      {"Z m9", {0x64, 0x09, 0xBD}},  // a blank is the value 0, not skipped
+      {"\xe9\xe9\xe9\xe9", {0, 0, 0}},
+  };
+  for (const Case &c : cases) {
+    uint8_t out[8];
+    std::memset(out, 0xAA, sizeof out);
+    ASSERT_EQ(KORVOBase64Crypt(0, c.in.data(), out, static_cast<int32_t>(c.in.size())), 3) << c.in;
+    EXPECT_EQ(Bytes(out, out + 5), (Bytes{c.out[0], c.out[1], c.out[2], 0, 0xAA})) << c.in;
+  }
+  // Length 0 (or negative) writes nothing at all, in both directions.
+  uint8_t out[4] = {0xAA, 0xAA, 0xAA, 0xAA};
+  EXPECT_EQ(KORVOBase64Crypt(1, "abc", out, 0), 0);
+  EXPECT_EQ(KORVOBase64Crypt(0, "abcd", out, -8), 0);
+  EXPECT_EQ(Bytes(out, out + 4), Bytes(4, 0xAA));
+}
+
+struct FrontEnd {
+  Bytes out;
+  uint32_t len;
+};
+
+FrontEnd front_end(bool protect, int32_t method, const Bytes &in, const char *key) {
+  FrontEnd r{Bytes(in.size() + 32, 0xAA), 0xDEADBEEF};
+  (protect ? KORVOCSCryptBuffer : KORVOCSDecryptBuffer)(
+      method, in.data(), static_cast<uint32_t>(in.size()), r.out.data(), &r.len, key);
+  return r;
+}
+
+Bytes sealed(const FrontEnd &r) { return Bytes(r.out.begin(), r.out.begin() + r.len); }
+
+TEST(CryptBuffer, MethodsRoundTripAndCopiesStopAtZero) {
+  const Bytes text = bytes_of("Halcyra protected value");
+  for (const int32_t method : {1, 2}) {
+    const FrontEnd back = front_end(false, method, sealed(front_end(true, method, text, "k")), "k");
+    EXPECT_EQ(sealed(back), text) << "method " << method;
+  }
+  // Method 2 is SAFER mode 6.
+  EXPECT_EQ(sealed(front_end(true, 2, text, "k")), safer(6, text, "k").out);
+  // The scrambler sees a text: what follows a zero byte is lost.
+  const FrontEnd prot = front_end(true, 1, {'a', 'b', 0, 'c', 'd'}, "key");
+  ASSERT_EQ(prot.len, 5u);
+  EXPECT_EQ(prot.out[5], 0);  // terminator at the input length
+  const FrontEnd back = front_end(false, 1, sealed(prot), "key");
+  EXPECT_EQ(Bytes(back.out.begin(), back.out.begin() + 6), (Bytes{'a', 'b', 0, 0, 0, 0}));
+  // Copy methods stop at a zero byte and zero-fill; no terminator added.
+  for (const int32_t method : {0, 3, -7}) {
+    const FrontEnd copy = front_end(true, method, {'x', 'y', 0, 'z'}, "k");
+    EXPECT_EQ(copy.len, 4u);
+    EXPECT_EQ(Bytes(copy.out.begin(), copy.out.begin() + 5), (Bytes{'x', 'y', 0, 0, 0xAA}));
+  }
+}
+
+TEST(CryptBuffer, FailuresGiveEmptyOutput) {
+  struct Case {
+    const char *what;
+    bool protect;
+    int32_t method;
+    Bytes in;
+    const char *key;
+  } cases[] = {
+      {"SAFER restore of a malformed ciphertext", false, 2, Bytes(13, 1), "k"},
+      {"SAFER with an invalid key text", true, 2, Bytes(4, 1), "bad\tkey"},
+      {"scrambler beyond its 2,048-byte area", true, 1, Bytes(2049, 'a'), "k"},
+      {"scrambler without a key", true, 1, Bytes(4, 'a'), nullptr},
+  };
+  for (const Case &c : cases) {
+    const FrontEnd r = front_end(c.protect, c.method, c.in, c.key);
+    EXPECT_EQ(r.len, 0u) << c.what;
+    EXPECT_EQ(r.out[0], 0) << c.what;
+  }
+  EXPECT_EQ(front_end(true, 1, Bytes(2048, 'a'), "k").len, 2048u);
+}
+
+struct Prepared {
+  std::string out;
+  uint32_t len;
+  bool touched;
+};
+
+Prepared prepare(int32_t mode, const std::string &in) {
+  std::vector<char> out(8192, 'Q');
+  uint32_t len = 0xDEADBEEF;
+  KORVOCSPrepareBinaryBuffer(mode, in.data(), static_cast<int32_t>(in.size()), out.data(), &len);
+  if (len == 0xDEADBEEF) return {"", len, out[0] != 'Q'};
+  EXPECT_EQ(out[len], 0) << "terminator, mode " << mode;
+  return {std::string(out.data(), len), len, true};
+}
+
+TEST(PrepareBinaryBuffer, KnownAnswersAndLimits) {
+  struct Case {
+    int32_t mode;
+    std::string in, out;
+  } cases[] = {
+      {1, "abc", "A2FiYw=="},
+      {1, "", "AA=="},
+      {-1, "A2Fi", ""},  // announces 3 bytes, holds 2
+      {2, std::string("\x00\x7f\x80\xff", 4), "007F80FF"},
+      {-2, "007f80FFa", std::string("\x00\x7f\x80\xff\xa0", 5)},
+      {-2, "zz", std::string(1, '\0')},
+  };
+  for (const Case &c : cases)
+    EXPECT_EQ(prepare(c.mode, c.in).out, c.out) << "mode " << c.mode << " '" << c.in << "'";
+  EXPECT_EQ(prepare(1, std::string(255, 'x')).len, 344u);
+  EXPECT_EQ(prepare(1, std::string(256, 'x')).len, 0u);
+  // The longest prefixed payload round-trips; a text beyond the decode
+  // work area is refused rather than overflowing it.
+  const std::string payload(255, '\x9c');
+  const Prepared text = prepare(1, payload);
+  EXPECT_EQ(prepare(-1, text.out + std::string(2735 - text.out.size(), 'A')).out, payload);
+  EXPECT_EQ(prepare(-1, text.out + std::string(2736 - text.out.size(), 'A')).len, 0u);
+  for (const int32_t mode : {0, 3, -3, 1000}) {
+    const Prepared p = prepare(mode, "abc");
+    EXPECT_EQ(p.len, 0xDEADBEEF) << mode;
+    EXPECT_FALSE(p.touched) << mode;
+  }
+  std::vector<char> out(8, 'Q');
+  uint32_t len = 7;
+  KORVOCSPrepareBinaryBuffer(2, "ab", -1, out.data(), &len);
+  EXPECT_EQ(len, 0u);
+  EXPECT_EQ(out[0], 0);
+}
+
+}  // namespace

@@ -1,0 +1,261 @@
+// The string utilities: digit values, trimming, quoting, markup, host
+// names, words, percent escapes and object identifiers. What the fuzz
+// targets check on any input (the wildcard matcher against a reference,
+// unquoting into either buffer, identifiers reparsing) is not repeated.
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "korutl.h"
+
+namespace {
+
+std::string take(char *allocated) {
+  std::string s = allocated == nullptr ? "<null>" : allocated;
+  std::free(allocated);
+  return s;
+}
+
+// The edge cases that key-text and escape readers depend on.
+TEST(Digits, KnownValues) {
+  struct Case {
+    int code;
+    int32_t hex2int, char2int;
+    unsigned hexdigit;
+  } cases[] = {
+      {':', 96, 26, 0},  {'g', 97, 71, 0}, {0, 95, 95, 0},    {' ', 97, 0, 0},
+      {'~', 97, 94, 0},  {127, 97, 97, 0}, {'\t', 97, 97, 0}, {'c', 12, 67, 12},
+      {'C', 12, 35, 12}, {'0', 0, 16, 0},  {'9', 9, 25, 9},   {'f', 15, 70, 15},
+      {'F', 15, 38, 15}, {128, 97, 97, 0}, {0xE9, 97, 97, 0}, {255, 97, 97, 0},
+  };
+  for (const Case &k : cases) {
+    const char c = static_cast<char>(k.code);
+    EXPECT_EQ(KORVOHex2Int(c), k.hex2int) << "code " << k.code;
+    EXPECT_EQ(KORVOChar2Int(c), k.char2int) << "code " << k.code;
+    EXPECT_EQ(KORVOGetValueOfHexDigit(c), k.hexdigit) << "code " << k.code;
+  }
+}
+
+TEST(Strings, TrimPrintAndHostNames) {
+  for (const auto &[in, out] : {std::pair<std::string, const char *>{"  a b  ", "a b"},
+                                {"    ", ""},
+                                {"", ""},
+                                {"\tx\t", "\tx\t"}}) {
+    std::string text = in;
+    EXPECT_EQ(KORVOStrTrim(text.data()), 0);
+    EXPECT_STREQ(text.c_str(), out) << in;
+  }
+  EXPECT_EQ(KORVOStrTrim(nullptr), -1);
+  testing::internal::CaptureStdout();
+  EXPECT_EQ(KORVOprintf("%s-%d", "ab", 42), 5);
+  EXPECT_EQ(testing::internal::GetCapturedStdout(), "ab-42");
+  for (const char *valid : {"a-1.b2.", "1.2.3.4", "localhost", "A", "x--y"})
+    EXPECT_EQ(KORVOIsValidHostName(valid), 1) << valid;
+  for (const char *invalid : {"-a", "a-", "a-.b", "a..b", ".a", "a_b", "", "a b", "h\xE9", "."})
+    EXPECT_EQ(KORVOIsValidHostName(invalid), 0) << invalid;
+  EXPECT_EQ(KORVOIsValidHostName(nullptr), 0);
+  EXPECT_EQ(KORVOStrMatchesPattern(nullptr, "*", 0), 0);
+  EXPECT_EQ(KORVOStrMatchesPattern("a", nullptr, 0), 0);
+}
+
+TEST(Strings, QuotingUnquotingAndMarkup) {
+  EXPECT_EQ(take(KORVOStrGetQuotedJSString("it's", nullptr, 0)), "'it\\'s'");
+  EXPECT_EQ(take(KORVOStrGetQuotedParm("a\nb\rc\\\"'", nullptr, 0)), "\"a\\nb\\rc\\\\\\\"'\"");
+  EXPECT_EQ(take(KORVOStrGetQuotedJSString(nullptr, nullptr, 0)), "null");
+  EXPECT_EQ(take(KORVOStrGetQuotedString("\n\n\n", nullptr, 0, '|')), "|\\n\\n\\n|");
+  for (const auto &[in, out] : {std::pair<const char *, const char *>{"\"it's\"", "it's"},
+                                {"'a\\rb'", "arb"},
+                                {"'a\\nb'", "a\nb"},
+                                {"'ab'cd", "ab"},
+                                {"'abc", "abc"},
+                                {"'a\\'b'", "a'b"},
+                                {"'a\\\\b'", "a\\b"},
+                                {"'ab\\", "ab"},
+                                {"''", ""}})
+    EXPECT_EQ(take(KORVOStrGetUnquotedJSString(in, nullptr)), out) << in;
+  for (const char *refused : {"null", "abc", ""})
+    EXPECT_EQ(KORVOStrGetUnquotedJSString(refused, nullptr), nullptr) << refused;
+  EXPECT_EQ(KORVOStrGetUnquotedJSString(nullptr, nullptr), nullptr);
+
+  EXPECT_EQ(take(KORVOStrGetEscapedXMLString("a<b>&\"'c")), "a&lt;b&gt;&amp;&quot;&apos;c");
+  EXPECT_EQ(take(KORVOStrGetEscapedHTMLString("a<b>&\"'c")), "a&lt;b&gt;&amp;&quot;'c");
+  EXPECT_EQ(take(KORVOStrGetEscapedXMLString("&amp;\xE9")), "&amp;amp;\xE9");
+  EXPECT_EQ(KORVOStrGetEscapedXMLString(nullptr), nullptr);
+  KORVOStrFreeEscapedXMLString(nullptr);
+}
+
+TEST(Strings, QuotingIntoACallerBufferCutsButAlwaysCloses) {
+  char buf[9];
+  std::memset(buf, 'Z', sizeof buf);
+  EXPECT_EQ(KORVOStrGetQuotedJSString("abcdefgh", buf, 8), buf);
+  EXPECT_EQ(std::memcmp(buf, "'abcd'\0Z", 8), 0);
+  EXPECT_EQ(KORVOStrGetQuotedJSString("abc'efgh", buf, 8), buf);
+  EXPECT_EQ(std::memcmp(buf, "'abc\\''\0Z", 9), 0);
+  char small[5];
+  EXPECT_STREQ(KORVOStrGetQuotedJSString("abc", small, 3), "''");
+  EXPECT_STREQ(KORVOStrGetQuotedJSString(nullptr, small, 5), "null");
+  // Too small to hold even the quotes or the null literal: refused.
+  EXPECT_EQ(KORVOStrGetQuotedJSString("abc", small, 2), nullptr);
+  EXPECT_EQ(KORVOStrGetQuotedJSString(nullptr, small, 4), nullptr);
+}
+
+TEST(Words, CountAndExtraction) {
+  EXPECT_EQ(KORVOStrGetWordCount("  a  b  ", ' '), 2);
+  EXPECT_EQ(KORVOStrGetWordCount(",,,", ','), 0);
+  EXPECT_EQ(KORVOStrGetWordCount("a,,b", ','), 2);
+  EXPECT_EQ(KORVOStrGetWordCount(nullptr, ','), 0);
+  // Extraction sees every field, the empty ones too, but a leading separator.
+  struct Case {
+    const char *text;
+    int32_t index;
+    const char *want;
+  } cases[] = {
+      {"a,,b", 0, "a"}, {"a,,b", 1, ""}, {"a,,b", 2, "b"},  {"a,,b", 3, ""}, {",a", 0, "a"},
+      {",,a", 0, ""},   {",,a", 1, "a"}, {"abc", 0, "abc"}, {"", 0, ""},     {"a,b,", 2, ""},
+  };
+  for (const Case &c : cases) {
+    char buf[64];
+    std::memset(buf, 'Z', sizeof buf);
+    EXPECT_EQ(KORVOStrGetWord(c.text, buf, ',', c.index), std::strlen(c.want));
+    EXPECT_STREQ(buf, c.want) << c.text << " " << c.index;
+  }
+  char buf[4] = "xyz";
+  EXPECT_EQ(KORVOStrGetWord(nullptr, buf, ',', 0), 0u);
+  EXPECT_EQ(KORVOStrGetWord("a", buf, ',', -1), 0u);
+  EXPECT_STREQ(buf, "xyz");
+  EXPECT_EQ(KORVOStrGetWord("a", nullptr, ',', 0), 0u);
+}
+
+std::string restored(std::string text) {
+  EXPECT_EQ(KORVOStrRestoreSpecialChars(text.data()), 0);
+  return text.c_str();
+}
+
+TEST(Escapes, StoreOnlyBackslashAndSpaceAndRestoreBothForms) {
+  char out[32];
+  EXPECT_EQ(KORVOStrStoreSpecialChars("a b\\c", nullptr), 2);
+  EXPECT_EQ(KORVOStrStoreSpecialChars("a b\\c", out), 2);
+  EXPECT_STREQ(out, "a%20b%5Cc");
+  EXPECT_EQ(KORVOStrStoreSpecialChars("50%a%41", out), 0);
+  EXPECT_STREQ(out, "50%a%41");
+  for (const char *text : {"", "a b", "\\\\ \\", "C:\\Program Files\\x"}) {
+    KORVOStrStoreSpecialChars(text, out);
+    EXPECT_EQ(restored(out), text);
+  }
+  const std::pair<const char *, const char *> cases[] = {
+      {"100%", "100%"},
+      {"x%4", "x%4"},
+      {"ab%zzcd", "ab"},  // non-digits count as 0: a zero byte ends the text
+      {"%u00e9", "\xC3\xA9"},
+      {"%u00E9", "\xC3\xA9"},
+      {"%U0041", ""},     // upper-case U is a byte escape of 'U','0'
+      {"%25u0041", "A"},  // byte pass makes the Unicode escape
+      {"x%u0000y", "xy"},
+      {"%u20AC", "\xE2\x82\xAC"},                    // three-byte form fits in the six characters
+      {"%uD800%uDC00", "\xED\xA0\x80\xED\xB0\x80"},  // never paired
+      {"%u004", "%u004"},
+      {"%u", "%u"},
+  };
+  for (const auto &[in, want] : cases) EXPECT_EQ(restored(in), want) << in;
+  // The double-zero form: a list of entries, restored as one.
+  char text[] = "a%20b\0\0X";
+  EXPECT_EQ(KORVOStrRestoreSpecialChars1(text), 0);
+  EXPECT_EQ(std::memcmp(text, "a b\0\0", 5), 0);
+  char multi[] = "p%20q\0r\0";
+  KORVOStrRestoreSpecialChars1(multi);
+  EXPECT_EQ(std::memcmp(multi, "p q\0r", 5), 0);
+}
+
+struct Destroy {
+  void operator()(KORVOObjectId *id) const { KORVOStrDestroyObjectId(id); }
+};
+using Id = std::unique_ptr<KORVOObjectId, Destroy>;
+using Parts = std::vector<std::string>;
+
+Id parse(const char *text) { return Id(KORVOStrCreateObjectId(text, nullptr)); }
+
+Parts parts(const KORVOObjectId *id) {
+  Parts out;
+  for (int32_t i = 0; i < KORVOStrGetNumberOfParts(id); ++i)
+    out.emplace_back(KORVOStrGetPart(id, i));
+  return out;
+}
+
+TEST(ObjectId, AccessorsAndParsing) {
+  const Id id = parse("\\localhost\\Halcyra\\2.2.1.3");
+  ASSERT_TRUE(id);
+  EXPECT_STREQ(KORVOStrGetHostFromObjectId(id.get()), "localhost");
+  EXPECT_STREQ(KORVOStrGetProductFromObjectId(id.get()), "Halcyra");
+  EXPECT_STREQ(KORVOStrGetVersionFromObjectId(id.get()), "2.2.1.3");
+  EXPECT_EQ(KORVOStrGetInstanceFromObjectId(id.get()), nullptr);
+  EXPECT_EQ(KORVOStrGetPart(id.get(), 3), nullptr);
+  EXPECT_EQ(KORVOStrGetPart(id.get(), -1), nullptr);
+  EXPECT_STREQ(KORVOStrGetObjectIdString(Id(KORVOGetParentObjectId(id.get())).get()),
+               "\\localhost\\Halcyra");
+  struct Case {
+    const char *text;
+    Parts parts;
+    const char *canonical;
+  } cases[] = {
+      {"localhost\\Halcyra\\", {"localhost", "Halcyra"}, "\\localhost\\Halcyra"},
+      {"\\local%41host\\x", {"localAhost", "x"}, "\\localAhost\\x"},
+      {"\\", {}, ""},
+      {"\\a\\\\b\\c", {"a", "b", "c"}, "\\a\\b\\c"},  // no empty part, no word lost
+      {"\\a%20b\\c%5Cd", {"a b", "c\\d"}, "\\a%20b\\c%5Cd"},
+      {"\\%u00e9t%u00e9", {"\xC3\xA9t\xC3\xA9"}, "\\\xC3\xA9t\xC3\xA9"},
+  };
+  for (const Case &c : cases) {
+    const Id parsed = parse(c.text);
+    ASSERT_TRUE(parsed) << c.text;
+    EXPECT_EQ(parts(parsed.get()), c.parts) << c.text;
+    EXPECT_STREQ(KORVOStrGetObjectIdString(parsed.get()), c.canonical) << c.text;
+  }
+}
+
+TEST(ObjectId, FurtherPartsAreTakenAsGivenUpToAHundred) {
+  const Id id(
+      KORVOStrCreateObjectId("\\localhost\\Halcyra", "2.2.1.3", "inst one", "a\\b%41", nullptr));
+  ASSERT_TRUE(id);
+  EXPECT_EQ(parts(id.get()), (Parts{"localhost", "Halcyra", "2.2.1.3", "inst one", "a\\b%41"}));
+  EXPECT_STREQ(KORVOStrGetObjectIdString(id.get()),
+               "\\localhost\\Halcyra\\2.2.1.3\\inst%20one\\a%5Cb%41");
+  EXPECT_STREQ(KORVOStrGetInstanceFromObjectId(id.get()), "inst one");
+#define P10 "p", "p", "p", "p", "p", "p", "p", "p", "p", "p"
+  const Id hundred(
+      KORVOStrCreateObjectId("\\h", P10, P10, P10, P10, P10, P10, P10, P10, P10, P10, nullptr));
+  ASSERT_TRUE(hundred);
+  EXPECT_EQ(KORVOStrGetNumberOfParts(hundred.get()), 101);
+  EXPECT_FALSE(Id(KORVOStrCreateObjectId("\\h", P10, P10, P10, P10, P10, P10, P10, P10, P10, P10,
+                                         "p", nullptr)));
+#undef P10
+}
+
+TEST(ObjectId, ParentCompareAndNullArguments) {
+  const Id root(KORVOGetParentObjectId(parse("\\localhost").get()));
+  ASSERT_TRUE(root);
+  EXPECT_EQ(KORVOStrGetNumberOfParts(root.get()), 0);
+  EXPECT_STREQ(KORVOStrGetObjectIdString(root.get()), "");
+  EXPECT_EQ(KORVOGetParentObjectId(root.get()), nullptr);
+  const Id empty_part(KORVOStrCreateObjectId("", "", nullptr));
+  ASSERT_TRUE(empty_part);
+  EXPECT_STREQ(KORVOStrGetObjectIdString(empty_part.get()), "\\");
+  EXPECT_EQ(KORVOGetParentObjectId(empty_part.get()), nullptr);
+
+  EXPECT_EQ(KORVOStrCompareObjectId(parse("\\a%41").get(), parse("\\aA").get()), 1);
+  EXPECT_EQ(KORVOStrCompareObjectId(parse("\\A").get(), parse("\\a").get()), 0);
+  EXPECT_EQ(KORVOStrCompareObjectId(root.get(), nullptr), 0);
+  EXPECT_EQ(KORVOStrCompareObjectId(nullptr, nullptr), 0);
+  EXPECT_EQ(KORVOGetParentObjectId(nullptr), nullptr);
+  EXPECT_EQ(KORVOStrCreateObjectId(nullptr, nullptr), nullptr);
+  EXPECT_EQ(KORVOStrCopyObjectId(nullptr), nullptr);
+  EXPECT_EQ(KORVOStrGetNumberOfParts(nullptr), -1);
+  EXPECT_EQ(KORVOStrGetPart(nullptr, 0), nullptr);
+  EXPECT_EQ(KORVOStrGetObjectIdString(nullptr), nullptr);
+  KORVOStrDestroyObjectId(nullptr);
+}
+
+}  // namespace
