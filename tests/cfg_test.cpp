@@ -1,0 +1,355 @@
+// The configuration tree: versions in version order, instances and agents,
+// the latest version holding a value, enumerations, and the path lengths at
+// which each lookup refuses rather than overflow its buffer.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "korutl.h"
+#include "tests/support/cfg_tree.h"
+#include "tests/support/temp_store.h"
+
+namespace {
+
+using korutl_test::cfg_key;
+using korutl_test::cfg_path;
+using korutl_test::cfg_set;
+using korutl_test::names_of;
+using Names = std::vector<std::string>;
+
+// A result text as std::string ("(null)" for null), released.
+std::string take(char *text) {
+  std::string s = text != nullptr ? text : "(null)";
+  std::free(text);
+  return s;
+}
+
+const std::string versions = "Products\\P\\Versions\\";
+
+std::string agent(const std::string &version, const std::string &instance,
+                  const std::string &name) {
+  return cfg_path(versions + version + "\\Instances\\" + instance + "\\Agents\\" + name);
+}
+
+class Cfg : public korutl_test::TempStore {
+ protected:
+  static Names versions_of(const char *product, uint16_t expected_count) {
+    uint16_t count = 999;
+    char **list = KORVOCfgGetProductVersions(product, &count);
+    EXPECT_EQ(count, expected_count);
+    Names out = names_of(list, count);
+    KORVOCfgFreeProductVersions(list);
+    return out;
+  }
+  static uint16_t instances_of(const char *product, const std::string &version) {
+    uint16_t count = 9;
+    char **list = KORVOCfgGetVersionInstances(product, version.c_str(), &count);
+    KORVOCfgFreeVersionInstances(list);
+    return count;
+  }
+};
+
+TEST_F(Cfg, VersionsAreListedGreatestVersionKeyFirst) {
+  for (const char *v : {"2.2.1", "3", "2.10", "V2.3-beta", "2.2.1.3.9", "43", "1"})
+    cfg_key(versions + v);
+  // 43 wraps to 5032704 and sorts below 1 (100000000); the fifth number of
+  // 2.2.1.3.9 is ignored, so it sits just above 2.2.1.
+  EXPECT_EQ(versions_of("P", 7),
+            (Names{"3", "2.10", "V2.3-beta", "2.2.1.3.9", "2.2.1", "1", "43"}));
+  cfg_key("Products\\Empty\\Versions");
+  cfg_key("Products\\NoVersionsKey");
+  for (const char *product :
+       {"Empty", "NoVersionsKey", "Absent", static_cast<const char *>(nullptr)})
+    EXPECT_EQ(versions_of(product, 0), Names{});
+  char **list = KORVOCfgGetProductVersions("P", nullptr);  // count is optional
+  ASSERT_NE(list, nullptr);
+  EXPECT_STREQ(list[0], "3");
+  KORVOCfgFreeProductVersions(list);
+  KORVOCfgFreeProductVersions(nullptr);
+}
+
+// Each name brings its key path to 255 characters (fits the 256-byte
+// buffer) or to 256 (refused).
+TEST_F(Cfg, NamesTooLongForTheKeyPathAreRefused) {
+  size_t fixed = cfg_path("Products\\\\Versions").size();
+  const std::string p255(255 - fixed, 'p'), p256(256 - fixed, 'p');
+  cfg_key("Products\\" + p255 + "\\Versions\\1");
+  cfg_key("Products\\" + p256 + "\\Versions\\1");
+  EXPECT_EQ(versions_of(p255.c_str(), 1), Names{"1"});
+  EXPECT_EQ(versions_of(p256.c_str(), 0), Names{});
+  // The version key path, and the instances key path 10 characters longer.
+  fixed = cfg_path(versions).size();
+  const std::string v255(255 - fixed, 'v'), v256(256 - fixed, 'v');
+  const std::string i255(245 - fixed, 'i'), i256(246 - fixed, 'i');
+  for (const std::string &v : {v255, v256, i255, i256}) {
+    cfg_set(versions + v, "Port", "80");
+    cfg_key(versions + v + "\\Instances\\1");
+  }
+  EXPECT_EQ(take(KORVOCfgGetProductVersionConfig("P", v255.c_str(), "Port")), "80");
+  EXPECT_EQ(take(KORVOCfgGetProductVersionConfig("P", v256.c_str(), "Port")), "(null)");
+  EXPECT_EQ(instances_of("P", i255), 1);
+  EXPECT_EQ(instances_of("P", i256), 0);
+  // The agent name, for the agent key path.
+  fixed = agent("3", "a", "").size();
+  const std::string a255(255 - fixed, 'g'), a256(256 - fixed, 'g');
+  for (const std::string &a : {a255, a256})
+    cfg_set(versions + "3\\Instances\\a\\Agents\\" + a, "Port", "1");
+  EXPECT_EQ(take(KORVOCfgLocateAgentKeyEx("P", "3", "a", a255.c_str())), agent("3", "a", a255));
+  EXPECT_EQ(take(KORVOCfgLocateAgentKey("P", a255.c_str())), agent("3", "a", a255));
+  EXPECT_EQ(take(KORVOCfgGetAgentConfig(agent("3", "a", a255).c_str(), "Port")), "1");
+  EXPECT_EQ(take(KORVOCfgLocateAgentKeyEx("P", "3", "a", a256.c_str())), "(null)");
+  EXPECT_EQ(take(KORVOCfgLocateAgentKey("P", a256.c_str())), "(null)");
+  EXPECT_EQ(take(KORVOCfgGetAgentConfig(agent("3", "a", a256).c_str(), "Port")), "(null)");
+}
+
+class CfgAgents : public Cfg {
+ protected:
+  void SetUp() override {
+    TempStore::SetUp();
+    // 3 has instances a (first) and b; 2.10 has 1, 2 and 10; 2.2.1 has x.
+    for (const char *a : {"3\\Instances\\a\\Agents\\Web", "3\\Instances\\b\\Agents\\Db",
+                          "2.10\\Instances\\1\\Agents\\Db", "2.10\\Instances\\2\\Agents\\Web",
+                          "2.10\\Instances\\10\\Agents\\Mail", "2.2.1\\Instances\\x\\Agents\\Db"})
+      cfg_key(versions + a);
+  }
+};
+
+TEST_F(CfgAgents, InstancesAreListedInVersionOrder) {
+  uint16_t count = 0;
+  char **list = KORVOCfgGetVersionInstances("P", "2.10", &count);
+  EXPECT_EQ(names_of(list, count), (Names{"10", "2", "1"}));
+  KORVOCfgFreeVersionInstances(list);
+  EXPECT_EQ(instances_of("P", "9"), 0);
+  EXPECT_EQ(instances_of("Q", "3"), 0);
+  EXPECT_EQ(instances_of(nullptr, "3"), 0);
+  count = 7;
+  EXPECT_EQ(KORVOCfgGetVersionInstances("P", nullptr, &count), nullptr);
+  EXPECT_EQ(count, 0);
+}
+
+TEST_F(CfgAgents, LocateSearchesTheFirstInstanceOfEachVersion) {
+  for (const auto &[name, expected] :
+       {std::pair<const char *, std::string>{"Web", agent("3", "a", "Web")},
+        // Db of 3 lives under its second instance: not seen; 2.10's first
+        // instance in store order is "1".
+        {"Db", agent("2.10", "1", "Db")},
+        {"Mail", "(null)"},
+        {"Nobody", "(null)"}}) {
+    EXPECT_EQ(take(KORVOCfgLocateAgentKey("P", name)), expected) << name;
+    // A null version searches the same way, whatever the instance.
+    EXPECT_EQ(take(KORVOCfgLocateAgentKeyEx("P", nullptr, "b", name)), expected) << name;
+  }
+  struct Case {
+    const char *version, *instance, *agent;
+    std::string expected;
+  } cases[] = {
+      {"3", "b", "Db", agent("3", "b", "Db")},
+      {"3", "a", "Db", "(null)"},
+      // No instance: the greatest instance key, 10, only.
+      {"2.10", nullptr, "Mail", agent("2.10", "10", "Mail")},
+      {"2.10", nullptr, "Web", "(null)"},
+      {"9", nullptr, "Web", "(null)"},
+  };
+  for (const Case &c : cases)
+    EXPECT_EQ(take(KORVOCfgLocateAgentKeyEx("P", c.version, c.instance, c.agent)), c.expected)
+        << c.version << " " << c.agent;
+  EXPECT_EQ(take(KORVOCfgLocateAgentKey("Q", "Web")), "(null)");
+  EXPECT_EQ(take(KORVOCfgLocateAgentKey(nullptr, "Web")), "(null)");
+  EXPECT_EQ(take(KORVOCfgLocateAgentKey("P", nullptr)), "(null)");
+  EXPECT_EQ(take(KORVOCfgLocateAgentKeyEx("P", "3", "a", nullptr)), "(null)");
+  EXPECT_EQ(take(KORVOCfgLocateAgentKeyEx(nullptr, "3", "a", "Web")), "(null)");
+}
+
+TEST_F(CfgAgents, AgentValuesFallBackToTheVersion) {
+  cfg_set(versions + "3", "Port", "8080");
+  cfg_set(versions + "3", "Host", "version-host");
+  cfg_set(versions + "3\\Instances\\a\\Agents\\Web", "Host", "agent-host");
+  const std::string web = agent("3", "a", "Web");
+  EXPECT_EQ(take(KORVOCfgGetAgentConfig(web.c_str(), "Host")), "agent-host");
+  EXPECT_EQ(take(KORVOCfgGetAgentConfig(web.c_str(), "Port")), "8080");
+  EXPECT_EQ(take(KORVOCfgGetAgentConfig(web.c_str(), "None")), "(null)");
+  EXPECT_EQ(take(KORVOCfgGetAgentConfig("a\\b\\c", "Port")), "(null)");  // three cuts only
+  EXPECT_EQ(take(KORVOCfgGetAgentConfig(nullptr, "Port")), "(null)");
+  cfg_set("Products\\P", "Owner", "ops");
+  EXPECT_EQ(take(KORVOCfgGetProductConfig("P", "Owner")), "ops");
+  EXPECT_EQ(take(KORVOCfgGetProductVersionConfig("P", "3", "Port")), "8080");
+  EXPECT_EQ(take(KORVOCfgGetProductVersionConfig("P", nullptr, "Port")), "(null)");
+  EXPECT_EQ(take(KORVOCfgGetProductConfig(std::string(300, 'p').c_str(), "Owner")), "(null)");
+}
+
+TEST_F(Cfg, LatestValueIsFoundInTheGreatestVersionHoldingIt) {
+  cfg_set(versions + "2.2.1\\Languages", "German", "de.dll");
+  cfg_set(versions + "2.10\\Languages", "English", "en.dll");
+  cfg_set(versions + "2.2.1\\Languages", "English", "en.dll");
+  cfg_set(versions + "3", "Beta", "yes");
+  cfg_set("Products\\Default\\Versions\\1", "Default", "x");
+  struct Case {
+    const char *product, *subkey, *name;
+    std::string expected;
+  } cases[] = {
+      {"P", "Languages", "English", cfg_path(versions + "2.10\\Languages")},
+      {"P", "Languages", "German", cfg_path(versions + "2.2.1\\Languages")},
+      {"P", nullptr, "Beta", cfg_path(versions + "3")},
+      {"P", "", "Beta", cfg_path(versions + "3")},
+      {"P", "Languages", "French", "(null)"},
+      {"Q", nullptr, "Beta", "(null)"},
+      {nullptr, nullptr, nullptr, cfg_path("Products\\Default\\Versions\\1")},
+      {"", "", "", cfg_path("Products\\Default\\Versions\\1")},
+  };
+  for (const Case &c : cases)
+    EXPECT_EQ(take(KORVOCfgGetProductVersionLatestValue(c.product, c.subkey, c.name)), c.expected)
+        << (c.name ? c.name : "null");
+  // Use_Strict_Version stops the search at the first version.
+  const char *settings[] = {"1", "-1", "257", "0", "256", "", "off", "1000"};  // 3 strict
+  for (int i = 0; i < 8; ++i) {
+    ASSERT_EQ(KORVOSaveSetting("Halcyra", "Products\\P", "Use_Strict_Version", settings[i]), 1);
+    EXPECT_EQ(take(KORVOCfgGetProductVersionLatestValue("P", nullptr, "Beta")) == "(null)", i < 3)
+        << settings[i];
+  }
+}
+
+TEST_F(Cfg, LatestValuePathsBeyond767CharactersAreRefused) {
+  // Product and version keep the versions listing within 255 characters;
+  // the subkey carries the latest-value path past 767.
+  const std::string base = cfg_path(versions + "3\\");
+  const std::string subkey =
+      std::string(200, 's') + "\\" + std::string(200, 't') + "\\" + std::string(200, 'u');
+  const std::string deep = subkey + "\\" + std::string(767 - base.size() - subkey.size(), 'v');
+  ASSERT_EQ(base.size() + deep.size(), 768u);
+  const std::string last = deep.substr(0, deep.size() - 1);  // 767 characters: fits
+  for (const std::string &s : {subkey, deep, last}) cfg_set(versions + "3\\" + s, "V", "1");
+  EXPECT_EQ(take(KORVOCfgGetProductVersionLatestValue("P", subkey.c_str(), "V")), base + subkey);
+  EXPECT_EQ(take(KORVOCfgGetProductVersionLatestValue("P", last.c_str(), "V")), base + last);
+  EXPECT_EQ(take(KORVOCfgGetProductVersionLatestValue("P", deep.c_str(), "V")), "(null)");
+}
+
+TEST_F(Cfg, GetValueReadsTextsUpToASixteenBitLength) {
+  cfg_set("Global", "Install_Path", "/opt/vantrel/halcyra");
+  cfg_set("Global", "", "default value");
+  cfg_set("Global", "Empty", "");
+  cfg_set("Global", "Big", std::string(65534, 'x'));
+  cfg_set("Global", "Huge", std::string(65535, 'x'));
+  const std::string key = cfg_path("Global");
+  for (const auto &[name, expected] :
+       {std::pair<const char *, std::string>{"install_path", "/opt/vantrel/halcyra"},
+        {"", "default value"},
+        {"Empty", ""},
+        {"Missing", "(null)"},
+        {"Big", std::string(65534, 'x')},
+        {"Huge", "(null)"}})
+    EXPECT_EQ(take(KORVOCfgGetValue(key.c_str(), name)), expected) << name;
+  EXPECT_EQ(KORVOCfgGetValue(cfg_path("Nowhere").c_str(), "Install_Path"), nullptr);
+  EXPECT_EQ(KORVOCfgGetValue(nullptr, "Install_Path"), nullptr);
+  EXPECT_EQ(KORVOCfgGetValue(key.c_str(), nullptr), nullptr);
+}
+
+// Each registry service call carries the calling module for its trace.
+std::string traced;
+void keep_trace(const char *line) { traced += line; }
+
+TEST_F(Cfg, ServiceCallsNameTheirModuleInTheTrace) {
+  rsv_set_trace_func(keep_trace, "test", __LINE__);
+  cfg_key(versions + "1");
+  traced.clear();
+  EXPECT_EQ(KORVOCfgGetValue(cfg_path("Nowhere").c_str(), "X"), nullptr);
+  EXPECT_EQ(traced.rfind("readconfig/prodcfg:", 0), 0u) << traced;
+  traced.clear();
+  EXPECT_EQ(KORVOCfgGetProductVersionLatestValue("P", nullptr, "X"), nullptr);
+  EXPECT_EQ(traced.rfind("readconfig/plugcfg:", 0), 0u) << traced;
+  rsv_set_trace_func(nullptr, "test", __LINE__);
+}
+
+// The enumeration callback has no context argument: it collects here.
+using Pairs = std::vector<std::pair<std::string, std::string>>;
+Pairs seen;
+
+int32_t collect(const char *name, const char *data) {
+  seen.emplace_back(name, data);
+  return 0;
+}
+
+Pairs enumerate(const std::string &relative) {
+  seen.clear();
+  KORVOCfgEnumerate(cfg_path(relative).c_str(), collect);
+#if defined(_WIN32)
+  // The system registry lists values in an order of its own.
+  std::sort(seen.begin(), seen.end());
+#endif
+  return seen;
+}
+
+TEST_F(Cfg, EnumerateGivesEveryReadableValueInTheOrderItWasSet) {
+  cfg_set("K", "b", "2");
+  cfg_set("K", "a", "1");
+  cfg_set("K", "c", "");
+  cfg_set("K", "big", std::string(1536, 'x'));  // does not fit the data buffer
+  cfg_set("K", "edge", std::string(1535, 'y'));
+  Pairs expected{{"b", "2"}, {"a", "1"}, {"c", ""}, {"edge", std::string(1535, 'y')}};
+#if defined(_WIN32)
+  std::sort(expected.begin(), expected.end());
+#endif
+  EXPECT_EQ(enumerate("K"), expected);
+  cfg_key("Empty");
+  EXPECT_EQ(enumerate("Empty"), Pairs{});
+  EXPECT_EQ(enumerate("Missing"), Pairs{});
+  seen.clear();
+  KORVOCfgEnumerate(nullptr, collect);
+  KORVOCfgEnumerate(cfg_path("K").c_str(), nullptr);
+  EXPECT_EQ(seen, Pairs{});
+  cfg_set("MILayer\\PlugIn", "Inventory", "libhalinv.so");
+  cfg_set("SNMPLayer\\Notifications", "nms", "10.0.0.5:162");
+  KORVOCfgEnumerateMilPlugIn(collect);
+  KORVOCfgEnumerateSnmpTrapDest(collect);
+  EXPECT_EQ(seen, (Pairs{{"Inventory", "libhalinv.so"}, {"nms", "10.0.0.5:162"}}));
+}
+
+TEST_F(Cfg, EnumerateNeverReportsANameCutToItsSlot) {
+  const std::string name32(32, 'n');
+  cfg_set("K", name32 + "-longer", "cut");
+  cfg_set("K", "short", "s");
+  EXPECT_EQ(enumerate("K"), (Pairs{{"short", "s"}}));
+  // A real 32-character name beside a longer one cut to the same text:
+  // reported once, with its own data (at the first of the two places, as
+  // the two cannot be told apart).
+  cfg_set("K", name32, "real");
+  EXPECT_EQ(enumerate("K"), (Pairs{{name32, "real"}, {"short", "s"}}));
+}
+
+Names environment(const char *component, uint16_t expected_count) {
+  uint16_t count = 99;
+  char **vars = KORVOCfgGetEnvironmentVars(component, &count);
+  EXPECT_EQ(count, expected_count) << (component ? component : "null");
+  EXPECT_EQ(vars == nullptr, expected_count == 0);
+  Names out = names_of(vars, count);
+  KORVOCfgFreeEnvironmentVars(vars, count);
+  return out;
+}
+
+TEST_F(Cfg, EnvironmentVariableNamesWithinTheirLimits) {
+  cfg_set("MILayer\\Environment", "A", "1");
+  cfg_set("MILayer\\Environment", "B", std::string(4000, 'x'));  // data are not read
+  cfg_key("Bare\\Environment");
+  EXPECT_EQ(environment("MILayer", 2), (Names{"A", "B"}));
+  for (const char *component : {"", "Bare", "Missing", static_cast<const char *>(nullptr)})
+    EXPECT_EQ(environment(component, 0), Names{});
+  EXPECT_EQ(KORVOCfgGetEnvironmentVars("MILayer", nullptr), nullptr);
+  KORVOCfgFreeEnvironmentVars(nullptr, 3);
+  // Names of 32 characters fit, 33 are refused; so are component paths of
+  // 256 characters.
+  cfg_set("C\\Environment", std::string(32, 'v'), "fits");
+  EXPECT_EQ(environment("C", 1), Names{std::string(32, 'v')});
+  cfg_set("C\\Environment", std::string(33, 'w'), "too long");
+  EXPECT_EQ(environment("C", 0), Names{});
+  const size_t fixed = cfg_path("\\Environment").size();
+  const std::string c255(255 - fixed, 'c'), c256(256 - fixed, 'c');
+  cfg_set(c255 + "\\Environment", "X", "1");
+  cfg_set(c256 + "\\Environment", "X", "1");
+  EXPECT_EQ(environment(c255.c_str(), 1), Names{"X"});
+  EXPECT_EQ(environment(c256.c_str(), 0), Names{});
+}
+
+}  // namespace
