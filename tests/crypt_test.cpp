@@ -7,6 +7,7 @@
 
 #include <cstring>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "korutl.h"
@@ -150,157 +151,112 @@ TEST(SaferCrypt, LengthBlockChecks) {
   }
 }
 
-TEST(ObxCrypt, KeystreamAndInverse) {
+TEST(ObxCrypt, Keystream) {
   // Empty key: the keystream is 0, 7, 21, 42, 70, so zero bytes show it.
   uint8_t zeros[5] = {};
   KORVOObxCrypt(1, nullptr, 0, zeros, 5);
   EXPECT_EQ(Bytes(zeros, zeros + 5), (Bytes{0, 7, 21, 42, 70}));
   // Key checksum 1*'a' + 2*'b' = 97 + 196 = 293 = 37 mod 256.
   const uint8_t key[] = {'a', 'b'};
-  uint8_t one = 0;
-  KORVOObxCrypt(2, key, 2, &one, 1);
-  EXPECT_EQ(one, 37);
-  Bytes buf(300);
-  for (size_t i = 0; i < buf.size(); ++i) buf[i] = static_cast<uint8_t>(i);
-  const Bytes original = buf;
-  KORVOObxCrypt(1, key, 2, buf.data(), 300);
-  EXPECT_NE(buf, original);
-  KORVOObxCrypt(2, key, 2, buf.data(), 300);
-  KORVOObxCrypt(1, key, 2, buf.data(), -4);
-  EXPECT_EQ(buf, original);
+  KORVOObxCrypt(2, key, 2, zeros, 1);
+  KORVOObxCrypt(1, key, 2, zeros, -4);
+  EXPECT_EQ(zeros[0], 37);
 }
 
 TEST(Base64, KnownAnswersAndLenientDecoding) {
-  for (const auto &[in, out] : {std::pair<std::string, std::string>{"f", "Zg=="},
-                                {"fo", "Zm8="},
-                                {"foobar", "Zm9vYmFy"},
-                                {std::string("\xff\xfe\x00", 3), "//4A"}}) {
+  const char *encoded[][2] = {{"f", "Zg=="}, {"fo", "Zm8="}, {"foobar", "Zm9vYmFy"}};
+  for (const auto &[in, out] : encoded) {
     char text[16];
-    EXPECT_EQ(KORVOBase64Crypt(1, in.data(), text, static_cast<int32_t>(in.size())),
-              static_cast<int32_t>(out.size()));
-    EXPECT_STREQ(text, out.c_str());
+    EXPECT_EQ(KORVOBase64Crypt(1, in, text, static_cast<int32_t>(std::strlen(in))),
+              static_cast<int32_t>(std::strlen(out)));
+    EXPECT_STREQ(text, out);
   }
-  struct Case {
-    std::string in;
-    Bytes out;
-  } cases[] = {
-      {"Zg==", {'f', 0, 0}},         // padding decodes as zero bytes, counted
-      {"Zm9vYg", bytes_of("foo")},   // beyond the last whole group: ignored
-      {"Z m9", {0x64, 0x09, 0xBD}},  // a blank is the value 0, not skipped
-      {"\xe9\xe9\xe9\xe9", {0, 0, 0}},
-  };
-  for (const Case &c : cases) {
-    uint8_t out[8];
-    std::memset(out, 0xAA, sizeof out);
-    ASSERT_EQ(KORVOBase64Crypt(0, c.in.data(), out, static_cast<int32_t>(c.in.size())), 3) << c.in;
-    EXPECT_EQ(Bytes(out, out + 5), (Bytes{c.out[0], c.out[1], c.out[2], 0, 0xAA})) << c.in;
+  // Padding decodes as zero bytes, counted; beyond the last whole group is
+  // ignored; a blank is the value 0, not skipped; so is any other byte.
+  const char *decoded[][2] = {{"Zg==", "f\0\0"},
+                              {"Zm9vYg", "foo"},
+                              {"Z m9", "\x64\x09\xBD"},
+                              {"\xe9\xe9\xe9\xe9", "\0\0\0"}};
+  for (const auto &[in, out] : decoded) {
+    char bytes[8];
+    std::memset(bytes, 0x55, sizeof bytes);
+    ASSERT_EQ(KORVOBase64Crypt(0, in, bytes, static_cast<int32_t>(std::strlen(in))), 3) << in;
+    EXPECT_EQ(std::string(bytes, 5), std::string(out, 3) + std::string("\0\x55", 2)) << in;
   }
   // Length 0 (or negative) writes nothing at all, in both directions.
-  uint8_t out[4] = {0xAA, 0xAA, 0xAA, 0xAA};
+  char out[4] = "xyz";
   EXPECT_EQ(KORVOBase64Crypt(1, "abc", out, 0), 0);
   EXPECT_EQ(KORVOBase64Crypt(0, "abcd", out, -8), 0);
-  EXPECT_EQ(Bytes(out, out + 4), Bytes(4, 0xAA));
+  EXPECT_STREQ(out, "xyz");
 }
 
-struct FrontEnd {
-  Bytes out;
-  uint32_t len;
-};
-
-FrontEnd front_end(bool protect, int32_t method, const Bytes &in, const char *key) {
-  FrontEnd r{Bytes(in.size() + 32, 0xAA), 0xDEADBEEF};
+// The front end's output, up to the length it reports; the byte after it
+// is kept in after_output.
+int after_output;
+Bytes front_end(bool protect, int32_t method, const Bytes &in, const char *key) {
+  Bytes out(in.size() + 32, 0xAA);
+  uint32_t len = 0xDEADBEEF;
   (protect ? KORVOCSCryptBuffer : KORVOCSDecryptBuffer)(
-      method, in.data(), static_cast<uint32_t>(in.size()), r.out.data(), &r.len, key);
-  return r;
+      method, in.data(), static_cast<uint32_t>(in.size()), out.data(), &len, key);
+  EXPECT_LT(len, out.size());
+  after_output = out[len];
+  return Bytes(out.begin(), out.begin() + len);
 }
 
-Bytes sealed(const FrontEnd &r) { return Bytes(r.out.begin(), r.out.begin() + r.len); }
-
-TEST(CryptBuffer, MethodsRoundTripAndCopiesStopAtZero) {
+TEST(CryptBuffer, MethodsRoundTripCopiesStopAtZeroAndFailuresGiveNothing) {
   const Bytes text = bytes_of("Halcyra protected value");
-  for (const int32_t method : {1, 2}) {
-    const FrontEnd back = front_end(false, method, sealed(front_end(true, method, text, "k")), "k");
-    EXPECT_EQ(sealed(back), text) << "method " << method;
-  }
+  for (const int32_t method : {1, 2})
+    EXPECT_EQ(front_end(false, method, front_end(true, method, text, "k"), "k"), text) << method;
   // Method 2 is SAFER mode 6.
-  EXPECT_EQ(sealed(front_end(true, 2, text, "k")), safer(6, text, "k").out);
-  // The scrambler sees a text: what follows a zero byte is lost.
-  const FrontEnd prot = front_end(true, 1, {'a', 'b', 0, 'c', 'd'}, "key");
-  ASSERT_EQ(prot.len, 5u);
-  EXPECT_EQ(prot.out[5], 0);  // terminator at the input length
-  const FrontEnd back = front_end(false, 1, sealed(prot), "key");
-  EXPECT_EQ(Bytes(back.out.begin(), back.out.begin() + 6), (Bytes{'a', 'b', 0, 0, 0, 0}));
-  // Copy methods stop at a zero byte and zero-fill; no terminator added.
+  EXPECT_EQ(front_end(true, 2, text, "k"), safer(6, text, "k").out);
+  // The scrambler sees a text, and copy methods copy one: what follows a
+  // zero byte is lost. Copies zero-fill and add no terminator.
+  const Bytes with_zero = {'a', 'b', 0, 'c', 'd'};
+  const Bytes scrambled = front_end(true, 1, with_zero, "key");
+  EXPECT_EQ(after_output, 0);
+  EXPECT_EQ(front_end(false, 1, scrambled, "key"), (Bytes{'a', 'b', 0, 0, 0}));
   for (const int32_t method : {0, 3, -7}) {
-    const FrontEnd copy = front_end(true, method, {'x', 'y', 0, 'z'}, "k");
-    EXPECT_EQ(copy.len, 4u);
-    EXPECT_EQ(Bytes(copy.out.begin(), copy.out.begin() + 5), (Bytes{'x', 'y', 0, 0, 0xAA}));
+    EXPECT_EQ(front_end(true, method, with_zero, "k"), (Bytes{'a', 'b', 0, 0, 0}));
+    EXPECT_EQ(after_output, 0xAA);
+  }
+  EXPECT_EQ(front_end(true, 1, Bytes(2048, 'a'), "k").size(), 2048u);
+  // Failures give an empty, terminated output.
+  for (const auto &[protect, method, in, key] :
+       {std::tuple<bool, int32_t, Bytes, const char *>{true, 1, Bytes(2049, 'a'), "k"},
+        {true, 1, Bytes(4, 'a'), nullptr},
+        {false, 2, Bytes(13, 1), "k"},
+        {true, 2, Bytes(4, 1), "bad\tkey"}}) {
+    EXPECT_EQ(front_end(protect, method, in, key), Bytes{}) << method << " " << in.size();
+    EXPECT_EQ(after_output, 0);
   }
 }
 
-TEST(CryptBuffer, FailuresGiveEmptyOutput) {
-  struct Case {
-    const char *what;
-    bool protect;
-    int32_t method;
-    Bytes in;
-    const char *key;
-  } cases[] = {
-      {"SAFER restore of a malformed ciphertext", false, 2, Bytes(13, 1), "k"},
-      {"SAFER with an invalid key text", true, 2, Bytes(4, 1), "bad\tkey"},
-      {"scrambler beyond its 2,048-byte area", true, 1, Bytes(2049, 'a'), "k"},
-      {"scrambler without a key", true, 1, Bytes(4, 'a'), nullptr},
-  };
-  for (const Case &c : cases) {
-    const FrontEnd r = front_end(c.protect, c.method, c.in, c.key);
-    EXPECT_EQ(r.len, 0u) << c.what;
-    EXPECT_EQ(r.out[0], 0) << c.what;
-  }
-  EXPECT_EQ(front_end(true, 1, Bytes(2048, 'a'), "k").len, 2048u);
-}
-
-struct Prepared {
-  std::string out;
-  uint32_t len;
-  bool touched;
-};
-
-Prepared prepare(int32_t mode, const std::string &in) {
+// The output text, or "<untouched>" when the call wrote nothing at all.
+std::string prepare(int32_t mode, const std::string &in) {
   std::vector<char> out(8192, 'Q');
   uint32_t len = 0xDEADBEEF;
   KORVOCSPrepareBinaryBuffer(mode, in.data(), static_cast<int32_t>(in.size()), out.data(), &len);
-  if (len == 0xDEADBEEF) return {"", len, out[0] != 'Q'};
+  if (len == 0xDEADBEEF && out[0] == 'Q') return "<untouched>";
   EXPECT_EQ(out[len], 0) << "terminator, mode " << mode;
-  return {std::string(out.data(), len), len, true};
+  return std::string(out.data(), len);
 }
 
 TEST(PrepareBinaryBuffer, KnownAnswersAndLimits) {
-  struct Case {
-    int32_t mode;
-    std::string in, out;
-  } cases[] = {
-      {1, "abc", "A2FiYw=="},
-      {1, "", "AA=="},
-      {-1, "A2Fi", ""},  // announces 3 bytes, holds 2
-      {2, std::string("\x00\x7f\x80\xff", 4), "007F80FF"},
-      {-2, "007f80FFa", std::string("\x00\x7f\x80\xff\xa0", 5)},
-      {-2, "zz", std::string(1, '\0')},
-  };
-  for (const Case &c : cases)
-    EXPECT_EQ(prepare(c.mode, c.in).out, c.out) << "mode " << c.mode << " '" << c.in << "'";
-  EXPECT_EQ(prepare(1, std::string(255, 'x')).len, 344u);
-  EXPECT_EQ(prepare(1, std::string(256, 'x')).len, 0u);
+  EXPECT_EQ(prepare(1, "abc"), "A2FiYw==");
+  EXPECT_EQ(prepare(1, ""), "AA==");
+  EXPECT_EQ(prepare(-1, "A2Fi"), "") << "announces 3 bytes, holds 2";
+  EXPECT_EQ(prepare(2, std::string("\x00\x7f\x80\xff", 4)), "007F80FF");
+  EXPECT_EQ(prepare(-2, "007f80FFa"), std::string("\x00\x7f\x80\xff\xa0", 5));
+  EXPECT_EQ(prepare(-2, "zz"), std::string(1, '\0'));
+  EXPECT_EQ(prepare(1, std::string(255, 'x')).size(), 344u);
+  EXPECT_EQ(prepare(1, std::string(256, 'x')), "");
   // The longest prefixed payload round-trips; a text beyond the decode
   // work area is refused rather than overflowing it.
   const std::string payload(255, '\x9c');
-  const Prepared text = prepare(1, payload);
-  EXPECT_EQ(prepare(-1, text.out + std::string(2735 - text.out.size(), 'A')).out, payload);
-  EXPECT_EQ(prepare(-1, text.out + std::string(2736 - text.out.size(), 'A')).len, 0u);
-  for (const int32_t mode : {0, 3, -3, 1000}) {
-    const Prepared p = prepare(mode, "abc");
-    EXPECT_EQ(p.len, 0xDEADBEEF) << mode;
-    EXPECT_FALSE(p.touched) << mode;
-  }
+  const std::string text = prepare(1, payload);
+  EXPECT_EQ(prepare(-1, text + std::string(2735 - text.size(), 'A')), payload);
+  EXPECT_EQ(prepare(-1, text + std::string(2736 - text.size(), 'A')), "");
+  for (const int32_t mode : {0, 3, -3, 1000}) EXPECT_EQ(prepare(mode, "abc"), "<untouched>");
   std::vector<char> out(8, 'Q');
   uint32_t len = 7;
   KORVOCSPrepareBinaryBuffer(2, "ab", -1, out.data(), &len);

@@ -22,29 +22,24 @@ std::string take(char *allocated) {
 
 // The edge cases that key-text and escape readers depend on.
 TEST(Digits, KnownValues) {
-  struct Case {
-    int code;
-    int32_t hex2int, char2int;
-    unsigned hexdigit;
-  } cases[] = {
+  // Code, then the values of KORVOHex2Int, KORVOChar2Int and KORVOGetValueOfHexDigit.
+  const int cases[][4] = {
       {':', 96, 26, 0},  {'g', 97, 71, 0}, {0, 95, 95, 0},    {' ', 97, 0, 0},
       {'~', 97, 94, 0},  {127, 97, 97, 0}, {'\t', 97, 97, 0}, {'c', 12, 67, 12},
       {'C', 12, 35, 12}, {'0', 0, 16, 0},  {'9', 9, 25, 9},   {'f', 15, 70, 15},
       {'F', 15, 38, 15}, {128, 97, 97, 0}, {0xE9, 97, 97, 0}, {255, 97, 97, 0},
   };
-  for (const Case &k : cases) {
-    const char c = static_cast<char>(k.code);
-    EXPECT_EQ(KORVOHex2Int(c), k.hex2int) << "code " << k.code;
-    EXPECT_EQ(KORVOChar2Int(c), k.char2int) << "code " << k.code;
-    EXPECT_EQ(KORVOGetValueOfHexDigit(c), k.hexdigit) << "code " << k.code;
+  for (const auto &[code, hex2int, char2int, hexdigit] : cases) {
+    const char c = static_cast<char>(code);
+    EXPECT_EQ(KORVOHex2Int(c), hex2int) << "code " << code;
+    EXPECT_EQ(KORVOChar2Int(c), char2int) << "code " << code;
+    EXPECT_EQ(KORVOGetValueOfHexDigit(c), hexdigit) << "code " << code;
   }
 }
 
 TEST(Strings, TrimPrintAndHostNames) {
-  for (const auto &[in, out] : {std::pair<std::string, const char *>{"  a b  ", "a b"},
-                                {"    ", ""},
-                                {"", ""},
-                                {"\tx\t", "\tx\t"}}) {
+  const char *trims[][2] = {{"  a b  ", "a b"}, {"    ", ""}, {"", ""}, {"\tx\t", "\tx\t"}};
+  for (const auto &[in, out] : trims) {
     std::string text = in;
     EXPECT_EQ(KORVOStrTrim(text.data()), 0);
     EXPECT_STREQ(text.c_str(), out) << in;
@@ -67,15 +62,10 @@ TEST(Strings, QuotingUnquotingAndMarkup) {
   EXPECT_EQ(take(KORVOStrGetQuotedParm("a\nb\rc\\\"'", nullptr, 0)), "\"a\\nb\\rc\\\\\\\"'\"");
   EXPECT_EQ(take(KORVOStrGetQuotedJSString(nullptr, nullptr, 0)), "null");
   EXPECT_EQ(take(KORVOStrGetQuotedString("\n\n\n", nullptr, 0, '|')), "|\\n\\n\\n|");
-  for (const auto &[in, out] : {std::pair<const char *, const char *>{"\"it's\"", "it's"},
-                                {"'a\\rb'", "arb"},
-                                {"'a\\nb'", "a\nb"},
-                                {"'ab'cd", "ab"},
-                                {"'abc", "abc"},
-                                {"'a\\'b'", "a'b"},
-                                {"'a\\\\b'", "a\\b"},
-                                {"'ab\\", "ab"},
-                                {"''", ""}})
+  const char *unquotes[][2] = {{"\"it's\"", "it's"}, {"'a\\rb'", "arb"}, {"'a\\nb'", "a\nb"},
+                               {"'ab'cd", "ab"},     {"'abc", "abc"},    {"'a\\'b'", "a'b"},
+                               {"'a\\\\b'", "a\\b"}, {"'ab\\", "ab"},    {"''", ""}};
+  for (const auto &[in, out] : unquotes)
     EXPECT_EQ(take(KORVOStrGetUnquotedJSString(in, nullptr)), out) << in;
   for (const char *refused : {"null", "abc", ""})
     EXPECT_EQ(KORVOStrGetUnquotedJSString(refused, nullptr), nullptr) << refused;
@@ -146,20 +136,16 @@ TEST(Escapes, StoreOnlyBackslashAndSpaceAndRestoreBothForms) {
     KORVOStrStoreSpecialChars(text, out);
     EXPECT_EQ(restored(out), text);
   }
-  const std::pair<const char *, const char *> cases[] = {
-      {"100%", "100%"},
-      {"x%4", "x%4"},
-      {"ab%zzcd", "ab"},  // non-digits count as 0: a zero byte ends the text
-      {"%u00e9", "\xC3\xA9"},
-      {"%u00E9", "\xC3\xA9"},
-      {"%U0041", ""},     // upper-case U is a byte escape of 'U','0'
-      {"%25u0041", "A"},  // byte pass makes the Unicode escape
-      {"x%u0000y", "xy"},
-      {"%u20AC", "\xE2\x82\xAC"},                    // three-byte form fits in the six characters
-      {"%uD800%uDC00", "\xED\xA0\x80\xED\xB0\x80"},  // never paired
-      {"%u004", "%u004"},
-      {"%u", "%u"},
-  };
+  // Non-digits count as 0 (a zero byte ends the text); "%U" is a byte
+  // escape; the byte pass may make a Unicode escape; three-byte forms fit
+  // in the six characters; surrogates are never paired.
+  const char *cases[][2] = {
+      {"100%", "100%"},           {"x%4", "x%4"},
+      {"ab%zzcd", "ab"},          {"%u00e9", "\xC3\xA9"},
+      {"%u00E9", "\xC3\xA9"},     {"%U0041", ""},
+      {"%25u0041", "A"},          {"x%u0000y", "xy"},
+      {"%u20AC", "\xE2\x82\xAC"}, {"%uD800%uDC00", "\xED\xA0\x80\xED\xB0\x80"},
+      {"%u004", "%u004"},         {"%u", "%u"}};
   for (const auto &[in, want] : cases) EXPECT_EQ(restored(in), want) << in;
   // The double-zero form: a list of entries, restored as one.
   char text[] = "a%20b\0\0X";
@@ -174,14 +160,14 @@ struct Destroy {
   void operator()(KORVOObjectId *id) const { KORVOStrDestroyObjectId(id); }
 };
 using Id = std::unique_ptr<KORVOObjectId, Destroy>;
-using Parts = std::vector<std::string>;
 
 Id parse(const char *text) { return Id(KORVOStrCreateObjectId(text, nullptr)); }
 
-Parts parts(const KORVOObjectId *id) {
-  Parts out;
+// The parts, each followed by '|'.
+std::string parts(const KORVOObjectId *id) {
+  std::string out;
   for (int32_t i = 0; i < KORVOStrGetNumberOfParts(id); ++i)
-    out.emplace_back(KORVOStrGetPart(id, i));
+    out += std::string(KORVOStrGetPart(id, i)) + "|";
   return out;
 }
 
@@ -196,23 +182,20 @@ TEST(ObjectId, AccessorsAndParsing) {
   EXPECT_EQ(KORVOStrGetPart(id.get(), -1), nullptr);
   EXPECT_STREQ(KORVOStrGetObjectIdString(Id(KORVOGetParentObjectId(id.get())).get()),
                "\\localhost\\Halcyra");
-  struct Case {
-    const char *text;
-    Parts parts;
-    const char *canonical;
-  } cases[] = {
-      {"localhost\\Halcyra\\", {"localhost", "Halcyra"}, "\\localhost\\Halcyra"},
-      {"\\local%41host\\x", {"localAhost", "x"}, "\\localAhost\\x"},
-      {"\\", {}, ""},
-      {"\\a\\\\b\\c", {"a", "b", "c"}, "\\a\\b\\c"},  // no empty part, no word lost
-      {"\\a%20b\\c%5Cd", {"a b", "c\\d"}, "\\a%20b\\c%5Cd"},
-      {"\\%u00e9t%u00e9", {"\xC3\xA9t\xC3\xA9"}, "\\\xC3\xA9t\xC3\xA9"},
+  // Text, parts, canonical text: no empty part and no word lost.
+  const char *cases[][3] = {
+      {"localhost\\Halcyra\\", "localhost|Halcyra|", "\\localhost\\Halcyra"},
+      {"\\local%41host\\x", "localAhost|x|", "\\localAhost\\x"},
+      {"\\", "", ""},
+      {"\\a\\\\b\\c", "a|b|c|", "\\a\\b\\c"},
+      {"\\a%20b\\c%5Cd", "a b|c\\d|", "\\a%20b\\c%5Cd"},
+      {"\\%u00e9t%u00e9", "\xC3\xA9t\xC3\xA9|", "\\\xC3\xA9t\xC3\xA9"},
   };
-  for (const Case &c : cases) {
-    const Id parsed = parse(c.text);
-    ASSERT_TRUE(parsed) << c.text;
-    EXPECT_EQ(parts(parsed.get()), c.parts) << c.text;
-    EXPECT_STREQ(KORVOStrGetObjectIdString(parsed.get()), c.canonical) << c.text;
+  for (const auto &[text, want, canonical] : cases) {
+    const Id parsed = parse(text);
+    ASSERT_TRUE(parsed) << text;
+    EXPECT_EQ(parts(parsed.get()), want) << text;
+    EXPECT_STREQ(KORVOStrGetObjectIdString(parsed.get()), canonical) << text;
   }
 }
 
@@ -220,7 +203,7 @@ TEST(ObjectId, FurtherPartsAreTakenAsGivenUpToAHundred) {
   const Id id(
       KORVOStrCreateObjectId("\\localhost\\Halcyra", "2.2.1.3", "inst one", "a\\b%41", nullptr));
   ASSERT_TRUE(id);
-  EXPECT_EQ(parts(id.get()), (Parts{"localhost", "Halcyra", "2.2.1.3", "inst one", "a\\b%41"}));
+  EXPECT_EQ(parts(id.get()), "localhost|Halcyra|2.2.1.3|inst one|a\\b%41|");
   EXPECT_STREQ(KORVOStrGetObjectIdString(id.get()),
                "\\localhost\\Halcyra\\2.2.1.3\\inst%20one\\a%5Cb%41");
   EXPECT_STREQ(KORVOStrGetInstanceFromObjectId(id.get()), "inst one");
