@@ -26,52 +26,54 @@ class Stack : public ::testing::Test {
   void clear() {
     while (KORVOStackLength(stack_) > 0) KORVOStackPop(stack_);
   }
-  // The values from the top down.
-  V contents() {
-    V v;
+  // The values from the top down, as digits.
+  std::string contents() {
+    std::string s;
     for (int32_t i = 0, n = KORVOStackLength(stack_); i < n; ++i)
-      v.push_back(KORVOStackGetNth(stack_, i));
-    return v;
-  }
-  void fill(const V &top_down) {
-    clear();
-    for (auto v = top_down.rbegin(); v != top_down.rend(); ++v) KORVOStackPush(stack_, *v);
+      s += std::to_string(KORVOStackGetNth(stack_, i));
+    return s;
   }
   KORVOStack *stack_ = nullptr;
 };
 
 TEST_F(Stack, PositionalRules) {
   for (intptr_t v : {1, 2, 3}) EXPECT_EQ(KORVOStackAppend(stack_, v), 0);
-  EXPECT_EQ(contents(), (V{1, 2, 3}));
+  EXPECT_EQ(contents(), "123");
   EXPECT_EQ(KORVOStackGetNth(stack_, 3), 0);
   EXPECT_EQ(KORVOStackGetNth(stack_, -1), 0);
-  // Positions past the end insert at the end but report -1; negative ones
-  // insert at the top.
-  for (const auto &[position, result, after] : {std::tuple<int32_t, int32_t, V>{1, 0, {1, 9, 2, 3}},
-                                                {3, 0, {1, 2, 3, 9}},
-                                                {7, -1, {1, 2, 3, 9}},
-                                                {-4, 0, {9, 1, 2, 3}}}) {
-    fill({1, 2, 3});
-    EXPECT_EQ(KORVOStackInsertNth(stack_, position, 9), result) << position;
-    EXPECT_EQ(contents(), after) << position;
-  }
-  for (const auto &[position, removed, after] : {std::tuple<int32_t, intptr_t, V>{2, 3, {1, 2}},
-                                                 {0, 1, {2, 3}},
-                                                 {3, 0, {1, 2, 3}},
-                                                 {-1, 0, {1, 2, 3}}}) {
-    fill({1, 2, 3});
-    EXPECT_EQ(KORVOStackDeleteNth(stack_, position), removed) << position;
-    EXPECT_EQ(contents(), after) << position;
+  // Inserting 9 and deleting at positions of "123": past the end, an
+  // insertion goes to the end but reports -1, a deletion does nothing;
+  // negative positions insert at the top and delete nothing.
+  struct {
+    int32_t position, inserted;
+    const char *after_insert;
+    intptr_t deleted;
+    const char *after_delete;
+  } cases[] = {{0, 0, "9123", 1, "23"},
+               {1, 0, "1923", 2, "13"},
+               {3, 0, "1239", 0, "123"},
+               {7, -1, "1239", 0, "123"},
+               {-4, 0, "9123", 0, "123"}};
+  for (const auto &c : cases) {
+    for (const bool insert : {true, false}) {
+      clear();
+      for (intptr_t v : {3, 2, 1}) KORVOStackPush(stack_, v);
+      EXPECT_EQ(insert ? KORVOStackInsertNth(stack_, c.position, 9)
+                       : KORVOStackDeleteNth(stack_, c.position),
+                insert ? c.inserted : c.deleted)
+          << c.position;
+      EXPECT_EQ(contents(), insert ? c.after_insert : c.after_delete) << c.position;
+    }
   }
   clear();
   EXPECT_EQ(KORVOStackDeleteNth(stack_, 0), 0);
   EXPECT_EQ(KORVOStackPop(stack_), 0);
   // A second init keeps the stack it is given.
-  KORVOStackPush(stack_, 42);
+  KORVOStackPush(stack_, 4);
   KORVOStack *same = stack_;
   EXPECT_EQ(KORVOStackInit(&stack_), 0);
   EXPECT_EQ(stack_, same);
-  EXPECT_EQ(contents(), V{42});
+  EXPECT_EQ(contents(), "4");
 }
 
 TEST(StackHandles, NullHandlesFailCleanly) {

@@ -12,6 +12,7 @@
 #include <clocale>
 #include <filesystem>
 #include <fstream>
+#include <sstream>
 #include <string>
 #include <thread>
 #include <vector>
@@ -29,15 +30,15 @@ const std::string kGermanNotFound =
 const std::string kFixedNotFound =
     "(KOR0301) Cannot find language library (language not installed for product).";
 
-struct Registration {
-  const char *product, *version, *language, *file;
-};
-
 class I18n : public korutl_test::LanguageStore {
  protected:
-  static void reg(const std::vector<Registration> &registrations) {
-    for (const Registration &r : registrations)
-      ASSERT_EQ(KORVOCfgRegisterLanguageFile(r.product, r.version, r.language, r.file), 0);
+  // Registers "product version language file" entries, separated by ';'.
+  static void reg(const std::string &entries) {
+    std::istringstream in(entries);
+    for (std::string p, v, l, f; in >> p >> v >> l >> f;) {
+      if (f.back() == ';') f.pop_back();
+      ASSERT_EQ(KORVOCfgRegisterLanguageFile(p.c_str(), v.c_str(), l.c_str(), f.c_str()), 0);
+    }
   }
   static void setting(const char *section, const char *name, const char *value) {
     ASSERT_EQ(KORVOSaveSetting("Halcyra", section, name, value), 1);
@@ -54,79 +55,47 @@ TEST_F(I18n, EachStepOfTheChainFindsItsLibrary) {
   GTEST_SKIP() << "Linux only: the current-locale step finds a library under the system locale's "
                   "name (English under Wine), which the cases assume absent";
 #endif
-  struct Case {
-    const char *step;
-    std::vector<Registration> tree;
-    const char *global_language, *language;
+  struct {
+    const char *step, *tree, *setting, *language;
     std::string expected;
   } cases[] = {
-      {"a: exact version",
-       {{"P", "2.0", "German", "orr_de.dll"}, {"P", "3.0", "German", "orr_fr.dll"}},
-       nullptr,
-       "German",
+      {"a: exact version", "P 2.0 German orr_de.dll; P 3.0 German orr_fr.dll", nullptr, "German",
        "Deutsch"},
-      {"b: highest version in numeric order",
-       {{"P", "2.9", "German", "orr_fr.dll"}, {"P", "2.10", "German", "orr_de.dll"}},
-       nullptr,
-       "German",
-       "Deutsch"},
-      {"c: Default language",
-       {{"P", "2.0", "Default", "orr_en.dll"}},
-       nullptr,
-       "German",
-       "English"},
+      {"b: highest version in numeric order", "P 2.9 German orr_fr.dll; P 2.10 German orr_de.dll",
+       nullptr, "German", "Deutsch"},
+      {"b: not with Use_Strict_Version", "P 3.0 German orr_de.dll; Halcyra 2.2.1 German hal_de.dll",
+       "Products\\P Use_Strict_Version 1", "German", kGermanNotFound},
+      {"c: Default language", "P 2.0 Default orr_en.dll", nullptr, "German", "English"},
       {"c: Default in the version b settled on",
-       {{"P", "3.0", "Default", "orr_fr.dll"}, {"P", "1.0", "German", "orr_de.dll"}},
-       nullptr,
-       "German",
-       "Français"},
-      {"e: library named after the language", {}, nullptr, "orr_de", "Deutsch"},
-      {"f: global language",
-       {{"P", "2.0", "French", "orr_fr.dll"}},
-       "French",
-       "German",
+       "P 3.0 Default orr_fr.dll; P 1.0 German orr_de.dll", nullptr, "German", "Français"},
+      {"d: current locale, C.UTF-8 as C-UTF-8, C-UTF, then C", "P 2.0 C orr_fr.dll", nullptr,
+       "German", "Français"},
+      {"e: library named after the language", "", nullptr, "orr_de", "Deutsch"},
+      {"f: global language", "P 2.0 French orr_fr.dll", "Global Language French", "German",
        "Français"},
       {"not found: Halcyra's text in the requested language",
-       {{"Halcyra", "2.2.1", "German", "hal_de.dll"}, {"P", "2.0", "English", "orr_en.dll"}},
-       nullptr,
-       "German",
+       "Halcyra 2.2.1 German hal_de.dll; P 2.0 English orr_en.dll", nullptr, "German",
        kGermanNotFound},
-      {"not found anywhere", {}, nullptr, "German", kFixedNotFound},
+      {"not found anywhere", "", nullptr, "German", kFixedNotFound},
   };
-  for (const Case &c : cases) {
+  setenv("LC_ALL", "C.UTF-8", 1);
+  for (const auto &c : cases) {
     SCOPED_TRACE(c.step);
     TearDown();
     SetUp();
     reg(c.tree);
-    if (c.global_language != nullptr) setting("Global", "Language", c.global_language);
+    std::istringstream words(c.setting != nullptr ? c.setting : "");
+    std::string section, name, value;
+    if (words >> section >> name >> value) setting(section.c_str(), name.c_str(), value.c_str());
     EXPECT_EQ(p20(c.language), c.expected);
   }
-  // d: the current locale, asked for with its name shortened: "C.UTF-8"
-  // as "C-UTF-8", "C-UTF", then "C".
-  TearDown();
-  SetUp();
-  reg({{"P", "2.0", "C", "orr_fr.dll"}});
-  setenv("LC_ALL", "C.UTF-8", 1);
-  EXPECT_EQ(p20("German"), "Français");
   unsetenv("LC_ALL");
   std::setlocale(LC_ALL, "C");
 }
 
-TEST_F(I18n, StrictVersionStopsTheSearchInOtherVersions) {
-  for (const char *strict : {"1", "0", static_cast<const char *>(nullptr)}) {
-    SCOPED_TRACE(strict ? strict : "(none)");
-    TearDown();
-    SetUp();
-    reg({{"Halcyra", "2.2.1", "German", "hal_de.dll"}, {"P", "3.0", "German", "orr_de.dll"}});
-    if (strict != nullptr) setting("Products\\P", "Use_Strict_Version", strict);
-    EXPECT_EQ(p20("German"), strict != nullptr && *strict == '1' ? kGermanNotFound : "Deutsch");
-  }
-}
-
 TEST_F(I18n, LanguageNamesAreMappedAndShortened) {
-  reg({{"P", "2.0", "en", "orr_en.dll"},
-       {"P", "2.0", "en_US", "orr_de.dll"},  // never found under that name
-       {"P", "2.0", "fr-CA", "orr_fr.dll"}});
+  // "en_US" is never asked for under that name.
+  reg("P 2.0 en orr_en.dll; P 2.0 en_US orr_de.dll; P 2.0 fr-CA orr_fr.dll");
   EXPECT_EQ(p20("en_US.ISO8859-1"), "English");
   EXPECT_EQ(p20("fr_CA@euro"), "Français");
   // Escaped identifiers name the same version, cached or not.
@@ -135,7 +104,7 @@ TEST_F(I18n, LanguageNamesAreMappedAndShortened) {
 }
 
 TEST_F(I18n, LibraryGetsTheIdentifierAsPassedAndTheRequestedLanguage) {
-  reg({{"Default", "Default", "Default", "lang_echo.dll"}});
+  reg("Default Default Default lang_echo.dll");
   EXPECT_EQ(text(nullptr, "German", "K"), "(null)|German|K");
   EXPECT_EQ(text("localhost\\", nullptr, "K"), "localhost\\|Default|K");
   // Instance levels form the key path below the version.
@@ -148,13 +117,12 @@ TEST_F(I18n, LibraryGetsTheIdentifierAsPassedAndTheRequestedLanguage) {
 }
 
 TEST_F(I18n, NullTextsAndOwnTextsInTheGlobalLanguage) {
-  reg({{"P", "2.0", "German", "orr_de.dll"}, {"P", "2.0", "Default", "orr_en.dll"}});
+  reg("P 2.0 German orr_de.dll; P 2.0 Default orr_en.dll");
   EXPECT_EQ(p20("German", "NO_SUCH_KEY"), "<null>");  // the library's null is the result
   EXPECT_EQ(KORVOLoadI18NStringEx(cache_, "\\h\\P\\2.0", "German", nullptr), nullptr);
   EXPECT_EQ(KORVOLoadI18NStringEx(nullptr, "\\h\\P\\2.0", "German", "ORR_LANGUAGE"), nullptr);
-  reg({{"Halcyra", "2.2.1", "English", "hal_en.dll"},
-       {"Halcyra", "2.2.1", "French", "hal_fr.dll"},
-       {"Halcyra", "2.2.1", "Default", "hal_de.dll"}});
+  reg("Halcyra 2.2.1 English hal_en.dll; Halcyra 2.2.1 French hal_fr.dll; Halcyra 2.2.1 Default "
+      "hal_de.dll");
   EXPECT_STREQ(KORVOLoadI18NString(nullptr, "HAL_LANGUAGE"), "Deutsch");
   setting("Global", "Language", "French");
   EXPECT_STREQ(KORVOLoadI18NString("", "HAL_LANGUAGE"), "Français");
@@ -179,10 +147,8 @@ TEST_F(I18n, BrokenLibrariesAreSkippedWithATraceLine) {
   std::ofstream(scratch("broken.so")) << "not a shared object\n";
   const std::string dir = std::filesystem::path(scratch("broken.so")).parent_path().string();
   setenv("KORVO_LANGUAGE_PATH", (dir + ":" + korutl_test::kLanguagePath).c_str(), 1);
-  reg({{"P", "2.0", "German", "broken.dll"},
-       {"P", "2.0", "French", "missing.dll"},
-       {"P", "2.0", "Italian", "lang_without_entry.dll"},
-       {"P", "2.0", "Default", "orr_en.dll"}});
+  reg("P 2.0 German broken.dll; P 2.0 French missing.dll; P 2.0 Italian lang_without_entry.dll; P "
+      "2.0 Default orr_en.dll");
   trace_lines.clear();
   oss_set_trace_func(collect_trace, "t", __LINE__);
   for (const char *language : {"German", "French", "Italian"})
@@ -207,9 +173,7 @@ bool is_loaded(const std::string &stem) {
 }
 
 TEST_F(I18n, FinalisationUnloadsEveryLibrary) {
-  reg({{"P", "2.0", "English", "orr_en.dll"},
-       {"P", "2.0", "German", "orr_de.dll"},
-       {"P", "2.0", "French", "orr_fr.dll"}});
+  reg("P 2.0 English orr_en.dll; P 2.0 German orr_de.dll; P 2.0 French orr_fr.dll");
   for (const char *language : {"English", "German", "French", "german"})
     EXPECT_NE(p20(language), "<null>");
   EXPECT_EQ(KORVOStackLength(cache_), 3);
@@ -227,10 +191,8 @@ TEST_F(I18n, FinalisationUnloadsEveryLibrary) {
 using I18nConcurrency = I18n;
 
 TEST_F(I18nConcurrency, ThreadsShareOneCache) {
-  reg({{"Halcyra", "2.2.1", "English", "hal_en.dll"},
-       {"Halcyra", "2.2.1", "German", "hal_de.dll"},
-       {"Halcyra", "2.2.1", "French", "hal_fr.dll"},
-       {"Orrery", "2.10", "German", "orr_de.dll"}});
+  reg("Halcyra 2.2.1 English hal_en.dll; Halcyra 2.2.1 German hal_de.dll; Halcyra 2.2.1 French "
+      "hal_fr.dll; Orrery 2.10 German orr_de.dll");
   struct Request {
     const char *object_id, *language, *key, *expected;
   } requests[] = {
