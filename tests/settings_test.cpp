@@ -71,25 +71,16 @@ TEST_F(Settings, OversizedPathsAndValuesAreRefused) {
 }
 
 TEST(SettingsPaths, RegModeAndLocalizedPaths) {
+  char out[64] = "abc";
+  EXPECT_EQ(KORVOGetRegMode(out), 1);
+  EXPECT_EQ(out[0], '\0');
   EXPECT_EQ(KORVOGetRegMode(nullptr), 1);
-  char name[4] = "abc";
-  EXPECT_EQ(KORVOGetRegMode(name), 1);
-  EXPECT_EQ(name[0], '\0');
-  struct Case {
-    uint8_t separator;
-    const char *language, *expected;
-  } cases[] = {{0, nullptr, "C:\\base\\msg.txt"},
-               {1, nullptr, "C:\\basemsg.txt"},
-               {0, "de", "C:\\base\\localized\\de\\msg.txt"}};
-  for (const Case &c : cases) {
-    char out[64];
-    EXPECT_EQ(KORVOMakeLocalizedPath(out, "C:\\base", c.separator, c.language, "msg.txt"), out);
-    EXPECT_STREQ(out, c.expected);
-  }
-  char out[8] = "keep";
+  EXPECT_STREQ(KORVOMakeLocalizedPath(out, "C:\\base", 0, nullptr, "msg.txt"), "C:\\base\\msg.txt");
+  EXPECT_STREQ(KORVOMakeLocalizedPath(out, "C:\\base", 1, nullptr, "msg.txt"), "C:\\basemsg.txt");
+  EXPECT_STREQ(KORVOMakeLocalizedPath(out, "C:\\base", 0, "de", "m"), "C:\\base\\localized\\de\\m");
   EXPECT_EQ(KORVOMakeLocalizedPath(out, "C:\\base", 0, nullptr, nullptr), nullptr);
   EXPECT_EQ(KORVOMakeLocalizedPath(out, nullptr, 0, nullptr, "f"), nullptr);
-  EXPECT_STREQ(out, "keep");
+  EXPECT_STREQ(out, "C:\\base\\localized\\de\\m") << "refusals leave the buffer alone";
 }
 
 TEST_F(Settings, RegistrationsAddBesideEachOtherAndDeregistrationsRemoveTheKey) {
@@ -143,21 +134,17 @@ TEST_F(Settings, UsersAreCheckedWithBackslashesReadAsSlashes) {
   EXPECT_EQ(KORVOCfgAuthorizationToBeChecked("orrery"), 1);
   for (const char *open : {"Halcyra", "", static_cast<const char *>(nullptr)})
     EXPECT_EQ(KORVOCfgAuthorizationToBeChecked(open), 0);
-  KORVOObjectId *orrery = KORVOStrCreateObjectId("\\localhost\\Orrery\\2.10", nullptr);
-  KORVOObjectId *host_only = KORVOStrCreateObjectId("\\localhost", nullptr);
-  struct Case {
-    const char *user;
-    const KORVOObjectId *id;
-    uint8_t listed;
-  };
+  KORVOObjectId *ids[] = {KORVOStrCreateObjectId("\\localhost\\Orrery\\2.10", nullptr),
+                          KORVOStrCreateObjectId("\\localhost", nullptr), nullptr};
   const std::string too_long(300, 'u');  // the path could not hold it
-  for (const Case &c :
-       {Case{"domain\\admin", orrery, 1}, Case{"DOMAIN/Admin", orrery, 1}, Case{"admin", orrery, 0},
-        Case{nullptr, orrery, 0}, Case{"domain\\admin", host_only, 0},
-        Case{"domain\\admin", nullptr, 0}, Case{too_long.c_str(), orrery, 0}, Case{"", orrery, 0}})
-    EXPECT_EQ(KORVOCfgCheckAuthorization(c.user, c.id), c.listed) << (c.user ? c.user : "(null)");
-  KORVOStrDestroyObjectId(host_only);
-  KORVOStrDestroyObjectId(orrery);
+  for (const char *user : {"domain\\admin", "DOMAIN/Admin"}) {
+    EXPECT_EQ(KORVOCfgCheckAuthorization(user, ids[0]), 1) << user;
+    EXPECT_EQ(KORVOCfgCheckAuthorization(user, ids[1]), 0) << user;
+    EXPECT_EQ(KORVOCfgCheckAuthorization(user, ids[2]), 0) << user;
+  }
+  for (const char *user : {"admin", "", too_long.c_str(), static_cast<const char *>(nullptr)})
+    EXPECT_EQ(KORVOCfgCheckAuthorization(user, ids[0]), 0) << (user ? user : "(null)");
+  for (KORVOObjectId *id : ids) KORVOStrDestroyObjectId(id);
 }
 
 }  // namespace
