@@ -75,55 +75,46 @@ TEST(SaferCrypt, FirstBlockMatchesPublishedVectors) {
   }
 }
 
+// Modes 4 and 8 encrypt as 0; with a short key SK has 6 rounds in mode 6
+// and 8 in mode 2, with a long key both 10, as K does in modes 0 and 4;
+// leading blanks are zero digits; nine characters select the 128-bit key;
+// 2^128 + 1 in base 95 wraps to the same key as 1 in 20 digits.
 TEST(SaferCrypt, ModeAndKeyEquivalences) {
   const Bytes plain = hex("00112233445566778899AABBCCDDEEFF01");
-  const auto enc = [&](int32_t mode, const char *key) { return safer(mode, plain, key).out; };
-  struct Case {
-    const char *what;
+  struct {
     int32_t mode_a;
     const char *key_a;
     int32_t mode_b;
     const char *key_b;
     bool same;
-  } cases[] = {
-      {"mode 4 is mode 0", 4, "key", 0, "key", true},
-      {"mode 8 encrypts as 0", 8, "key", 0, "key", true},
-      {"short key: SK 6 rounds differs from SK 8 rounds", 6, "key", 2, "key", false},
-      {"long key: modes 2 and 6 both 10 rounds", 6, "long key!", 2, "long key!", true},
-      {"long key: modes 0 and 4 both 10 rounds", 4, "long key!", 0, "long key!", true},
-      {"leading blanks are zero digits", 0, " !", 0, "!", true},
-      {"nine characters select the 128-bit key", 0, "        !", 0, "!", false},
-      // 2^128 + 1 in base 95 wraps to the same key as 1 in 20 digits.
-      {"key number wraps modulo 2^128", 0, ")!_oEk9A$(P^Z?P?*r!^", 0, "                   !", true},
-  };
-  for (const Case &c : cases)
-    EXPECT_EQ(enc(c.mode_a, c.key_a) == enc(c.mode_b, c.key_b), c.same) << c.what;
+  } cases[] = {{4, "key", 0, "key", true},
+               {8, "key", 0, "key", true},
+               {6, "key", 2, "key", false},
+               {6, "long key!", 2, "long key!", true},
+               {4, "long key!", 0, "long key!", true},
+               {0, " !", 0, "!", true},
+               {0, "        !", 0, "!", false},
+               {0, ")!_oEk9A$(P^Z?P?*r!^", 0, "                   !", true}};
+  for (const auto &c : cases)
+    EXPECT_EQ(safer(c.mode_a, plain, c.key_a).out == safer(c.mode_b, plain, c.key_b).out, c.same)
+        << c.mode_a << " '" << c.key_a << "'";
   // A fresh zero vector per call: a shared first block gives a shared
   // first ciphertext block.
   Bytes other = plain;
   other[9] ^= 1;
-  EXPECT_EQ(first_block(safer(0, other, "k").out), first_block(enc(0, "k")));
+  EXPECT_EQ(first_block(safer(0, other, "k").out), first_block(safer(0, plain, "k").out));
 }
 
 TEST(SaferCrypt, RefusedInputs) {
+  // Key texts with code 127; ciphertexts not a whole number of blocks, or
+  // less than two; 8192 bytes or more either way.
+  const std::tuple<int32_t, size_t, const char *> cases[] = {
+      {1, 8, "\x7f"}, {1, 0, "k"}, {1, 5, "k"}, {3, 17, "k"}, {0, 8192, "k"}, {1, 8192, "k"}};
+  for (const auto &[mode, size, key] : cases)
+    EXPECT_EQ(safer(mode, Bytes(size), key).ok, 0) << mode << " " << size;
+  // A length block of 0 must end the last data block.
   const Bytes two_blocks = safer(0, Bytes(16, 0), "k").out;
-  ASSERT_EQ(two_blocks.size(), 24u);
-  struct Case {
-    const char *what;
-    int32_t mode;
-    Bytes input;
-    const char *key;
-  } cases[] = {
-      {"code 127 in key", 1, Bytes(8), "\x7f"},
-      {"decrypt 0 bytes", 1, Bytes{}, "k"},
-      {"decrypt 5 bytes", 1, Bytes(5), "k"},
-      {"decrypt 17 bytes", 3, Bytes(17), "k"},
-      {"length 0 does not end in the last data block", 1,
-       Bytes(two_blocks.begin(), two_blocks.begin() + 16), "k"},
-      {"encrypt 8192 bytes", 0, Bytes(8192), "k"},
-      {"decrypt 8192 bytes", 1, Bytes(8192), "k"},
-  };
-  for (const Case &c : cases) EXPECT_EQ(safer(c.mode, c.input, c.key).ok, 0) << c.what;
+  EXPECT_EQ(safer(1, Bytes(two_blocks.begin(), two_blocks.begin() + 16), "k").ok, 0);
   uint8_t out[32];
   uint32_t len = 0;
   EXPECT_EQ(KORVOSaferCrypt(0, out, 8, out, &len, nullptr), 0);
@@ -134,20 +125,13 @@ TEST(SaferCrypt, RefusedInputs) {
 // Ciphertexts whose length block decodes to a bad bit count: a one-block
 // ciphertext is the encrypted length block of an empty plaintext, so
 // encrypting chosen 8 bytes as data and keeping the first block makes one.
+// Only 0 is good: not a multiple of 8, not 0 for one block, not 2^35 or more.
 TEST(SaferCrypt, LengthBlockChecks) {
-  struct Case {
-    const char *what, *length_block;
-    int32_t ok;
-  } cases[] = {
-      {"empty plaintext", "0000000000000000", 1},
-      {"bit count not a multiple of 8", "0100000000000000", 0},
-      {"one block must announce 0 bytes", "0800000000000000", 0},
-      {"2^35 bits or more", "0000000008000000", 0},
-  };
-  for (const Case &c : cases) {
-    const Result r = safer(1, first_block(safer(0, hex(c.length_block), "k").out), "k");
-    EXPECT_EQ(r.ok, c.ok) << c.what;
-    EXPECT_TRUE(r.out.empty()) << c.what;
+  for (const char *length_block :
+       {"0000000000000000", "0100000000000000", "0800000000000000", "0000000008000000"}) {
+    const Result r = safer(1, first_block(safer(0, hex(length_block), "k").out), "k");
+    EXPECT_EQ(r.ok, std::string(length_block) == "0000000000000000" ? 1 : 0) << length_block;
+    EXPECT_TRUE(r.out.empty()) << length_block;
   }
 }
 
