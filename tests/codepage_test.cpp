@@ -44,12 +44,7 @@ int32_t open(int32_t from, int32_t to) {
 
 TEST(CodePage, ConvertsBothWaysAndRefusesInsteadOfOverflowing) {
   ASSERT_EQ(cpx_init(), CPX_OK);
-  const std::string cp1252 =
-                        "Gr\xFC\xDF"
-                        "e \x80",
-                    utf8 =
-                        "Gr\xC3\xBC\xC3\x9F"
-                        "e \xE2\x82\xAC";
+  const std::string cp1252 = "Gr\374\337e \200", utf8 = "Gr\303\274\303\237e \342\202\254";
   EXPECT_EQ(convert(open(1252, 65456), cp1252), utf8);
   const int32_t from_utf8 = open(65456, 1252);
   EXPECT_EQ(convert(from_utf8, utf8), cp1252);

@@ -93,7 +93,9 @@ TEST_F(I18n, EachStepOfTheChainFindsItsLibrary) {
   std::setlocale(LC_ALL, "C");
 }
 
-TEST_F(I18n, LanguageNamesAreMappedAndShortened) {
+// Language names are mapped and shortened; the library gets the identifier
+// as passed and the requested language.
+TEST_F(I18n, LanguageNamesAndWhatTheLibraryIsAsked) {
   // "en_US" is never asked for under that name.
   reg("P 2.0 en orr_en.dll; P 2.0 en_US orr_de.dll; P 2.0 fr-CA orr_fr.dll");
   EXPECT_EQ(p20("en_US.ISO8859-1"), "English");
@@ -101,16 +103,13 @@ TEST_F(I18n, LanguageNamesAreMappedAndShortened) {
   // Escaped identifiers name the same version, cached or not.
   EXPECT_EQ(text("\\h\\P\\2%2E0", "EN", "ORR_LANGUAGE"), "English");
   EXPECT_EQ(p20(std::string(96, 'e').c_str()), kFixedNotFound);
-}
-
-TEST_F(I18n, LibraryGetsTheIdentifierAsPassedAndTheRequestedLanguage) {
   reg("Default Default Default lang_echo.dll");
   EXPECT_EQ(text(nullptr, "German", "K"), "(null)|German|K");
   EXPECT_EQ(text("localhost\\", nullptr, "K"), "localhost\\|Default|K");
   // Instance levels form the key path below the version.
   const std::string key =
-      "HKEY_LOCAL_MACHINE\\SOFTWARE\\Vantrel\\Halcyra\\Products\\P\\Versions\\1.0\\i1\\sub\\"
-      "Languages";
+      "HKEY_LOCAL_MACHINE\\SOFTWARE\\Vantrel\\Halcyra\\Products\\P\\Versions\\"
+      "1.0\\i1\\sub\\Languages";
   ASSERT_EQ(rsv_create_key(key.c_str(), "t", __LINE__), RSV_OK);
   ASSERT_EQ(rsv_set_value(key.c_str(), "de", "lang_echo.dll", "t", __LINE__), RSV_OK);
   EXPECT_EQ(text("\\h\\P\\1.0\\i1\\sub", "de", "K"), "\\h\\P\\1.0\\i1\\sub|de|K");
