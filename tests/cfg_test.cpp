@@ -8,6 +8,7 @@
 #include <cstdlib>
 #include <fstream>
 #include <string>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -150,19 +151,16 @@ TEST_F(Cfg, LatestValueIsFoundInTheGreatestVersionHoldingIt) {
   cfg_set(versions + "2.2.1\\Languages", "English", "en.dll");
   cfg_set(versions + "3", "Beta", "yes");
   cfg_set("Products\\Default\\Versions\\1", "Default", "x");
-  struct Case {
-    const char *product, *subkey, *name;
-    std::string expected;
-  } cases[] = {
+  const std::tuple<const char *, const char *, const char *, std::string> cases[] = {
       {"P", "Languages", "English", cfg_path(versions + "2.10\\Languages")},
       {"P", "Languages", "German", cfg_path(versions + "2.2.1\\Languages")},
       {"P", "", "Beta", cfg_path(versions + "3")},
       {"P", "Languages", "French", "(null)"},
       {nullptr, nullptr, nullptr, cfg_path("Products\\Default\\Versions\\1")},
   };
-  for (const Case &c : cases)
-    EXPECT_EQ(take(KORVOCfgGetProductVersionLatestValue(c.product, c.subkey, c.name)), c.expected)
-        << (c.name ? c.name : "null");
+  for (const auto &[product, subkey, name, expected] : cases)
+    EXPECT_EQ(take(KORVOCfgGetProductVersionLatestValue(product, subkey, name)), expected)
+        << (name ? name : "null");
   // Use_Strict_Version stops the search at the first version.
   const char *settings[] = {"1", "-1", "257", "0", "256", "", "off", "1000"};  // 3 strict
   for (int i = 0; i < 8; ++i) {

@@ -44,25 +44,21 @@ TEST_F(Stack, PositionalRules) {
   // Inserting 9 and deleting at positions of "123": past the end, an
   // insertion goes to the end but reports -1, a deletion does nothing;
   // negative positions insert at the top and delete nothing.
-  struct {
-    int32_t position, inserted;
-    const char *after_insert;
-    intptr_t deleted;
-    const char *after_delete;
-  } cases[] = {{0, 0, "9123", 1, "23"},
-               {1, 0, "1923", 2, "13"},
-               {3, 0, "1239", 0, "123"},
-               {7, -1, "1239", 0, "123"},
-               {-4, 0, "9123", 0, "123"}};
-  for (const auto &c : cases) {
+  const std::tuple<int32_t, int32_t, const char *, intptr_t, const char *> cases[] = {
+      {0, 0, "9123", 1, "23"},
+      {1, 0, "1923", 2, "13"},
+      {3, 0, "1239", 0, "123"},
+      {7, -1, "1239", 0, "123"},
+      {-4, 0, "9123", 0, "123"}};
+  for (const auto &[position, inserted, after_insert, deleted, after_delete] : cases) {
     for (const bool insert : {true, false}) {
       clear();
       for (intptr_t v : {3, 2, 1}) KORVOStackPush(stack_, v);
-      EXPECT_EQ(insert ? KORVOStackInsertNth(stack_, c.position, 9)
-                       : KORVOStackDeleteNth(stack_, c.position),
-                insert ? c.inserted : c.deleted)
-          << c.position;
-      EXPECT_EQ(contents(), insert ? c.after_insert : c.after_delete) << c.position;
+      EXPECT_EQ(
+          insert ? KORVOStackInsertNth(stack_, position, 9) : KORVOStackDeleteNth(stack_, position),
+          insert ? inserted : deleted)
+          << position;
+      EXPECT_EQ(contents(), insert ? after_insert : after_delete) << position;
     }
   }
   clear();

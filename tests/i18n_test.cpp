@@ -15,6 +15,7 @@
 #include <sstream>
 #include <string>
 #include <thread>
+#include <tuple>
 #include <vector>
 
 #include "korutl.h"
@@ -192,9 +193,7 @@ using I18nConcurrency = I18n;
 TEST_F(I18nConcurrency, ThreadsShareOneCache) {
   reg("Halcyra 2.2.1 English hal_en.dll; Halcyra 2.2.1 German hal_de.dll; Halcyra 2.2.1 French "
       "hal_fr.dll; Orrery 2.10 German orr_de.dll");
-  struct Request {
-    const char *object_id, *language, *key, *expected;
-  } requests[] = {
+  const std::tuple<const char *, const char *, const char *, const char *> requests[] = {
       {"\\localhost\\Halcyra\\2.2.1", "English", "HAL_LANGUAGE", "English"},
       {"\\localhost\\Halcyra\\2.2.1", "German", "HAL_LANGUAGE", "Deutsch"},
       {"\\localhost\\Halcyra\\2.2.1", "French", "HAL_LANGUAGE", "Français"},
@@ -208,11 +207,11 @@ TEST_F(I18nConcurrency, ThreadsShareOneCache) {
   for (int t = 0; t < kThreads; ++t)
     threads.emplace_back([&, t] {
       for (int i = 0; i < 300; ++i) {
-        const Request &r = requests[(t + i) % std::size(requests)];
-        const char *text = r.object_id != nullptr
-                               ? KORVOLoadI18NStringEx(cache_, r.object_id, r.language, r.key)
-                               : KORVOLoadI18NString(r.language, r.key);
-        if (text == nullptr || std::string(text) != r.expected) wrong.fetch_add(1);
+        const auto &[object_id, language, key, expected] = requests[(t + i) % std::size(requests)];
+        const char *text = object_id != nullptr
+                               ? KORVOLoadI18NStringEx(cache_, object_id, language, key)
+                               : KORVOLoadI18NString(language, key);
+        if (text == nullptr || std::string(text) != expected) wrong.fetch_add(1);
       }
     });
   for (std::thread &t : threads) t.join();

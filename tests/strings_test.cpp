@@ -10,6 +10,7 @@
 #include <cstring>
 #include <memory>
 #include <string>
+#include <tuple>
 
 #include "korutl.h"
 
@@ -82,16 +83,13 @@ TEST(Words, CountAndExtraction) {
   EXPECT_EQ(KORVOStrGetWordCount("  a  b  ", ' '), 2);
   EXPECT_EQ(KORVOStrGetWordCount("a,,b", ','), 2);
   EXPECT_EQ(KORVOStrGetWordCount(nullptr, ','), 0);
-  struct {
-    const char *text;
-    int32_t index;
-    const char *want;
-  } cases[] = {{"a,,b", 1, ""}, {"a,,b", 2, "b"}, {"a,,b", 3, ""},
-               {",a", 0, "a"},  {",,a", 0, ""},   {"a,b,", 2, ""}};
-  for (const auto &c : cases) {
+  const std::tuple<const char *, int32_t, const char *> cases[] = {
+      {"a,,b", 1, ""}, {"a,,b", 2, "b"}, {"a,,b", 3, ""},
+      {",a", 0, "a"},  {",,a", 0, ""},   {"a,b,", 2, ""}};
+  for (const auto &[text, index, want] : cases) {
     char buf[8] = "ZZZZZZZ";
-    EXPECT_EQ(KORVOStrGetWord(c.text, buf, ',', c.index), std::strlen(c.want));
-    EXPECT_STREQ(buf, c.want) << c.text << " " << c.index;
+    EXPECT_EQ(KORVOStrGetWord(text, buf, ',', index), std::strlen(want));
+    EXPECT_STREQ(buf, want) << text << " " << index;
   }
   char buf[4] = "xyz";
   EXPECT_EQ(KORVOStrGetWord(nullptr, buf, ',', 0), 0u);

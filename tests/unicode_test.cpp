@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "korutl.h"
@@ -96,30 +97,25 @@ Run<uint16_t> decode(const std::string &in, size_t room = 256) {
 U16 units(const std::u16string &s) { return U16(s.begin(), s.end()); }
 
 TEST(Utf7, KnownAnswers) {
-  struct {
-    const char16_t *in;
-    bool optional_direct, close;
-    const char *out;
-  } encoded[] = {{u"\u00e9", false, false, "+AOk"},    {u"\u00e9", false, true, "+AOk-"},
-                 {u"\u00e9a", false, false, "+AOk-a"}, {u"\u00e9 ", false, false, "+AOk "},
-                 {u"a+b", false, false, "a+-b"},       {u"~\\!", false, false, "+AH4AXAAh"},
-                 {u"~\\!", true, true, "+AH4AXA-!"}};
-  for (const auto &c : encoded) EXPECT_EQ(encode(c.in, c.optional_direct, c.close).text, c.out);
+  const std::tuple<const char16_t *, bool, bool, const char *> encoded[] = {
+      {u"\u00e9", false, false, "+AOk"},    {u"\u00e9", false, true, "+AOk-"},
+      {u"\u00e9a", false, false, "+AOk-a"}, {u"\u00e9 ", false, false, "+AOk "},
+      {u"a+b", false, false, "a+-b"},       {u"~\\!", false, false, "+AH4AXAAh"},
+      {u"~\\!", true, true, "+AH4AXA-!"}};
+  for (const auto &[in, optional_direct, close, out] : encoded)
+    EXPECT_EQ(encode(in, optional_direct, close).text, out);
   // Decoding goes on after malformed input and reports it at the end.
-  struct {
-    const char *in;
-    int32_t result;
-    const char16_t *out;
-  } decoded[] = {{"+AOk x", CONV_OK, u"\u00e9 x"},
-                 {"~\\", CONV_OK, u"~\\"},  // not strict about what RFC 2152 would encode
-                 {"+AOl-", CONV_SOURCE_ILLEGAL, u"\u00e9"},
-                 {"+ x", CONV_SOURCE_ILLEGAL, u" x"},
-                 {"a\351b", CONV_SOURCE_ILLEGAL, u"a\uffe9b"},
-                 {"+A-ok", CONV_SOURCE_ILLEGAL, u"ok"}};
-  for (const auto &c : decoded) {
-    const auto d = decode(c.in);
-    EXPECT_EQ(d.result, c.result) << c.in;
-    EXPECT_EQ(d.out, units(c.out)) << c.in;
+  const std::tuple<const char *, int32_t, const char16_t *> decoded[] = {
+      {"+AOk x", CONV_OK, u"\u00e9 x"},
+      {"~\\", CONV_OK, u"~\\"},  // not strict about what RFC 2152 would encode
+      {"+AOl-", CONV_SOURCE_ILLEGAL, u"\u00e9"},
+      {"+ x", CONV_SOURCE_ILLEGAL, u" x"},
+      {"a\351b", CONV_SOURCE_ILLEGAL, u"a\uffe9b"},
+      {"+A-ok", CONV_SOURCE_ILLEGAL, u"ok"}};
+  for (const auto &[in, result, out] : decoded) {
+    const auto d = decode(in);
+    EXPECT_EQ(d.result, result) << in;
+    EXPECT_EQ(d.out, units(out)) << in;
   }
 }
 
