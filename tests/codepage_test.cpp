@@ -88,19 +88,13 @@ TEST(CodePage, RecordConvertsWithTheLocalCodeSet) {
   unsetenv("LC_ALL");
 }
 
-TEST(CodePage, SettingsAndCleanup) {
-  const std::string dir = std::filesystem::temp_directory_path().string();
-  const std::string good = "CPXOBJDIR=" + dir, bad = "CPXOBJDIR=" + dir + "/no-such-folder";
-  const char *const ok_list[] = {good.c_str(), nullptr};
-  const char *const bad_list[] = {bad.c_str(), nullptr};
+// Good and bad object folders are tested through the registry start below.
+TEST(CodePage, UnknownSettingsAndCleanup) {
   const char *const unknown[] = {"COLOUR=blue", nullptr};
   int32_t h = 0;
-  EXPECT_EQ(cpx_open_conversion(1252, 65456, &h), CPX_E_NOT_STARTED);
-  EXPECT_EQ(cpx_init_ex(bad_list), CPX_E_SETTING);
   EXPECT_EQ(cpx_init_ex(unknown), CPX_E_SETTING);
   EXPECT_EQ(cpx_open_conversion(1252, 65456, &h), CPX_E_NOT_STARTED);
-  EXPECT_EQ(cpx_init_ex(ok_list), CPX_OK);
-  EXPECT_EQ(cpx_open_conversion(1252, 65456, &h), CPX_OK);
+  ASSERT_EQ(cpx_init(), CPX_OK);
   KORVOCleanupInternalProducts(nullptr);  // still ends the library
   EXPECT_EQ(cpx_open_conversion(1252, 65456, &h), CPX_E_NOT_STARTED);
 }
