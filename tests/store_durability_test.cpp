@@ -1,11 +1,16 @@
-// Several writers at once, and writers killed mid-run: every write that was
-// acknowledged must be in the store afterwards, and the file stays sound.
+// The store file: several writers at once, and writers killed mid-run --
+// every write that was acknowledged must be in the store afterwards, and
+// the file stays sound --, a damaged file, and a change of KORVO_REGISTRY
+// between calls.
 #include <gtest/gtest.h>
 #include <signal.h>
 #include <sqlite3.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <string>
 #include <thread>
 #include <vector>
@@ -109,6 +114,29 @@ TEST_F(DurabilityTest, KilledWriterLeavesASoundStoreWithEveryAcknowledgedWrite) 
     ASSERT_EQ(integrity(file()), "ok");
     for (int j = 0; j <= acknowledged; ++j) ASSERT_TRUE(has_value(round, j)) << round << " " << j;
   }
+}
+
+std::vector<std::string> traced;
+void collect(const char *line) { traced.emplace_back(line); }
+
+TEST_F(DurabilityTest, DamagedStoreFailsWithATraceAndIsLeftAlone) {
+  std::filesystem::create_directories(std::filesystem::path(file()).parent_path());
+  const std::string garbage(8192, 'G');
+  std::ofstream(file(), std::ios::binary) << garbage;
+  rsv_set_trace_func(collect, "readconfig/settings", __LINE__);
+  EXPECT_EQ(rsv_create_key(base.c_str(), "readconfig/prodcfg", 42), RSV_E_STORE);
+  EXPECT_EQ(rsv_query_key(base.c_str(), nullptr, nullptr, "I18N/korstrng", 7), RSV_E_STORE);
+  rsv_set_trace_func(nullptr, M, __LINE__);
+  ASSERT_EQ(traced.size(), 2u);
+  EXPECT_EQ(traced[0].rfind("readconfig/prodcfg:42: create_key: ", 0), 0u) << traced[0];
+  EXPECT_EQ(traced[1].rfind("I18N/korstrng:7: query_key: ", 0), 0u) << traced[1];
+  std::ifstream in(file(), std::ios::binary);
+  EXPECT_EQ(std::string(std::istreambuf_iterator<char>(in), {}), garbage);
+  // Another store file named between calls is the one used.
+  setenv("KORVO_REGISTRY", scratch("other.db").c_str(), 1);
+  ASSERT_EQ(rsv_create_key(base.c_str(), M, __LINE__), RSV_OK);
+  setenv("KORVO_REGISTRY", file().c_str(), 1);
+  EXPECT_EQ(rsv_query_key(base.c_str(), nullptr, nullptr, M, __LINE__), RSV_E_STORE);
 }
 
 }  // namespace

@@ -4,7 +4,8 @@
 // process sees a scratch key under HKEY_CURRENT_USER in place of
 // HKEY_LOCAL_MACHINE (RegOverridePredefKey), and the korutl command under
 // test does the same from KORUTL_TEST_HKLM (tests/support/win32_hooks.cpp).
-// Either way file() is a path in a scratch folder of the test's own.
+// Either way file() is a path in a scratch folder of the test's own, and
+// scratch(name) another file there.
 #ifndef KORUTL_TESTS_SUPPORT_TEMP_STORE_H
 #define KORUTL_TESTS_SUPPORT_TEMP_STORE_H
 
@@ -16,8 +17,6 @@
 
 #if defined(_WIN32)
 #include <windows.h>
-#else
-#include <unistd.h>
 #endif
 
 namespace korutl_test {
@@ -25,13 +24,12 @@ namespace korutl_test {
 class TempStore : public ::testing::Test {
  protected:
   void SetUp() override {
+    std::string pattern = (std::filesystem::temp_directory_path() / "korutl-store-XXXXXX").string();
+    ASSERT_NE(mkdtemp(pattern.data()), nullptr);
+    dir_ = pattern;
+    file_ = dir_ + "/sub/registry.db";
 #if defined(_WIN32)
-    static unsigned counter = 0;
-    const std::string name =
-        std::to_string(GetCurrentProcessId()) + "-" + std::to_string(++counter);
-    dir_ = (std::filesystem::temp_directory_path() / ("korutl-store-" + name)).string();
-    std::filesystem::create_directories(dir_);
-    scratch_ = "Software\\korutl-tests\\" + name;
+    scratch_ = "Software\\korutl-tests\\" + std::filesystem::path(dir_).filename().string();
     RegDeleteTreeA(HKEY_CURRENT_USER, scratch_.c_str());  // a stale one of a dead process
     HKEY key = nullptr;
     ASSERT_EQ(RegCreateKeyExA(HKEY_CURRENT_USER, scratch_.c_str(), 0, nullptr, 0, KEY_ALL_ACCESS,
@@ -41,12 +39,8 @@ class TempStore : public ::testing::Test {
     RegCloseKey(key);
     setenv("KORUTL_TEST_HKLM", scratch_.c_str(), 1);
 #else
-    char pattern[] = "/tmp/korutl-store-XXXXXX";
-    ASSERT_NE(mkdtemp(pattern), nullptr);
-    dir_ = pattern;
-    setenv("KORVO_REGISTRY", (dir_ + "/sub/registry.db").c_str(), 1);
+    setenv("KORVO_REGISTRY", file_.c_str(), 1);
 #endif
-    file_ = dir_ + "/sub/registry.db";
   }
   void TearDown() override {
     if (dir_.empty()) return;  // SetUp skipped
@@ -61,6 +55,7 @@ class TempStore : public ::testing::Test {
     std::filesystem::remove_all(dir_, ignored);
   }
   const std::string &file() const { return file_; }
+  std::string scratch(const std::string &name) const { return dir_ + "/" + name; }
   // Whether anything has been written to the store.
   bool store_exists() const {
 #if defined(_WIN32)
@@ -78,8 +73,7 @@ class TempStore : public ::testing::Test {
   }
 
  private:
-  std::string dir_;
-  std::string file_;
+  std::string dir_, file_;
 #if defined(_WIN32)
   std::string scratch_;
 #endif

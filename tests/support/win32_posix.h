@@ -6,10 +6,10 @@
 
 #ifdef __cplusplus
 #include <direct.h>
-#include <io.h>
 #include <process.h>
 
 #include <cerrno>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 
@@ -24,13 +24,11 @@ inline int unsetenv(const char *name) { return _putenv_s(name, "") == 0 ? 0 : -1
 // Makes a new folder from a pattern ending in "XXXXXX"; the pattern is
 // rewritten to the folder's name.
 inline char *mkdtemp(char *pattern) {
-  const size_t length = std::strlen(pattern);
-  if (length < 6 || std::strcmp(pattern + length - 6, "XXXXXX") != 0) return nullptr;
+  static unsigned counter = 0;
+  char *digits = pattern + std::strlen(pattern) - 6;
   for (int attempt = 0; attempt < 100; ++attempt) {
-    static unsigned counter = 0;
-    const unsigned value = (static_cast<unsigned>(_getpid()) * 7919u + ++counter) % 1000000u;
-    unsigned v = value;
-    for (int i = 0; i < 6; ++i, v /= 10) pattern[length - 1 - i] = static_cast<char>('0' + v % 10);
+    std::snprintf(digits, 7, "%06u",
+                  (static_cast<unsigned>(_getpid()) * 7919u + ++counter) % 1000000u);
     if (_mkdir(pattern) == 0) return pattern;
     if (errno != EEXIST) return nullptr;
   }

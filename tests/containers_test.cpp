@@ -1,0 +1,202 @@
+// The synchronised stack, the hash table and the spin locks of libkorshm:
+// positional rules, growth, and many threads at once.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <set>
+#include <string>
+#include <thread>
+#include <tuple>
+#include <vector>
+
+#include "korutl.h"
+#include "siblings/shm/shm.h"
+
+namespace {
+
+using V = std::vector<intptr_t>;
+
+class Stack : public ::testing::Test {
+ protected:
+  void SetUp() override { ASSERT_EQ(KORVOStackInit(&stack_), 0); }
+  void TearDown() override {
+    clear();
+    EXPECT_EQ(KORVOStackFinite(&stack_), 0);
+  }
+  void clear() {
+    while (KORVOStackLength(stack_) > 0) KORVOStackPop(stack_);
+  }
+  // The values from the top down, as digits.
+  std::string contents() {
+    std::string s;
+    for (int32_t i = 0, n = KORVOStackLength(stack_); i < n; ++i)
+      s += std::to_string(KORVOStackGetNth(stack_, i));
+    return s;
+  }
+  KORVOStack *stack_ = nullptr;
+};
+
+TEST_F(Stack, PositionalRules) {
+  for (intptr_t v : {1, 2, 3}) EXPECT_EQ(KORVOStackAppend(stack_, v), 0);
+  EXPECT_EQ(contents(), "123");
+  EXPECT_EQ(KORVOStackGetNth(stack_, 3), 0);
+  EXPECT_EQ(KORVOStackGetNth(stack_, -1), 0);
+  // Inserting 9 and deleting at positions of "123": past the end, an
+  // insertion goes to the end but reports -1, a deletion does nothing;
+  // negative positions insert at the top and delete nothing.
+  const std::tuple<int32_t, int32_t, const char *, intptr_t, const char *> cases[] = {
+      {0, 0, "9123", 1, "23"},
+      {1, 0, "1923", 2, "13"},
+      {3, 0, "1239", 0, "123"},
+      {7, -1, "1239", 0, "123"},
+      {-4, 0, "9123", 0, "123"}};
+  for (const auto &[position, inserted, after_insert, deleted, after_delete] : cases) {
+    for (const bool insert : {true, false}) {
+      clear();
+      for (intptr_t v : {3, 2, 1}) KORVOStackPush(stack_, v);
+      EXPECT_EQ(
+          insert ? KORVOStackInsertNth(stack_, position, 9) : KORVOStackDeleteNth(stack_, position),
+          insert ? inserted : deleted)
+          << position;
+      EXPECT_EQ(contents(), insert ? after_insert : after_delete) << position;
+    }
+  }
+  clear();
+  EXPECT_EQ(KORVOStackDeleteNth(stack_, 0), 0);
+  EXPECT_EQ(KORVOStackPop(stack_), 0);
+  // A second init keeps the stack it is given.
+  KORVOStackPush(stack_, 4);
+  KORVOStack *same = stack_;
+  EXPECT_EQ(KORVOStackInit(&stack_), 0);
+  EXPECT_EQ(stack_, same);
+  EXPECT_EQ(contents(), "4");
+}
+
+TEST(StackHandles, NullHandlesFailCleanly) {
+  EXPECT_EQ(KORVOStackInit(nullptr), -2);
+  EXPECT_EQ(KORVOStackFinite(nullptr), -2);
+  EXPECT_EQ(KORVOStackPush(nullptr, 1), -2);
+  EXPECT_EQ(KORVOStackAppend(nullptr, 1), -2);
+  EXPECT_EQ(KORVOStackInsertNth(nullptr, 0, 1), -2);
+  EXPECT_EQ(KORVOStackPop(nullptr), 0);
+  EXPECT_EQ(KORVOStackLength(nullptr), 0);
+  EXPECT_EQ(KORVOStackGetNth(nullptr, 0), 0);
+  EXPECT_EQ(KORVOStackDeleteNth(nullptr, 0), 0);
+}
+
+// Threads push, pop and walk one stack at once; every value pushed is
+// popped exactly once.
+TEST_F(Stack, ThreadsLoseAndDuplicateNothing) {
+  constexpr int kThreads = 4, kPerThread = 2000;
+  std::vector<V> popped(kThreads);
+  std::vector<std::thread> threads;
+  for (int t = 0; t < kThreads; ++t) {
+    threads.emplace_back([this, t, &popped] {
+      for (int i = 0; i < kPerThread; ++i) {
+        const intptr_t v = t * kPerThread + i + 1;
+        (i % 2 == 0 ? KORVOStackPush : KORVOStackAppend)(stack_, v);
+        KORVOStackLength(stack_);
+        KORVOStackGetNth(stack_, i % 7);
+        if (i % 3 == 0) {
+          if (intptr_t got = KORVOStackPop(stack_)) popped[t].push_back(got);
+        }
+      }
+    });
+  }
+  for (auto &th : threads) th.join();
+  V all;
+  for (auto &p : popped) all.insert(all.end(), p.begin(), p.end());
+  while (intptr_t got = KORVOStackPop(stack_)) all.push_back(got);
+  std::sort(all.begin(), all.end());
+  ASSERT_EQ(all.size(), size_t{kThreads * kPerThread});
+  for (size_t i = 0; i < all.size(); ++i) ASSERT_EQ(all[i], static_cast<intptr_t>(i + 1));
+}
+
+class HashTbl : public ::testing::Test {
+ protected:
+  void SetUp() override { KORVOHashTblInit(&table_); }
+  void TearDown() override { KORVOHashTblDestroy(&table_); }
+  // The record of `key` with room for an int after the key pointer.
+  int *lookup(int key, bool create) {
+    const char *text = keys_.insert("key" + std::to_string(key)).first->c_str();
+    auto *r = static_cast<const char **>(KORVOHashTblLookup(&table_, text, create ? 16 : 0));
+    return r == nullptr ? nullptr : reinterpret_cast<int *>(r + 1);
+  }
+  KORVOHashTbl table_;
+  std::set<std::string> keys_;  // the table keeps the caller's key texts
+};
+
+// The table grows as records are added: every record stays findable, and
+// iteration gives each once, in slot order.
+TEST_F(HashTbl, GrowsAndKeepsEveryRecordOnce) {
+  EXPECT_EQ(lookup(0, false), nullptr);
+  EXPECT_EQ(table_.slots, nullptr) << "an empty table allocates nothing";
+  for (int i = 0; i < 300; ++i) *lookup(i, true) = i;
+  EXPECT_EQ(table_.count, 300u);
+  for (int i = 0; i < 300; ++i) ASSERT_EQ(*lookup(i, false), i);
+  // Iteration gives every record once, in slot order.
+  KORVOHashTblIter it;
+  KORVOHashTblIterInit(&it, &table_);
+  std::set<std::string> seen;
+  void **last = nullptr;
+  while (auto *r = static_cast<const char **>(KORVOHashTblIterNext(&it))) {
+    EXPECT_TRUE(seen.insert(*r).second) << *r;
+    EXPECT_GT(it.cur, last);
+    last = it.cur;
+  }
+  EXPECT_EQ(seen, keys_);
+}
+
+TEST_F(HashTbl, RecordsHoldTheCallersKeyPointerAndZeros) {
+  const char *key = "Alpha";
+  auto *r = static_cast<unsigned char *>(KORVOHashTblLookup(&table_, key, 64));
+  ASSERT_NE(r, nullptr);
+  EXPECT_EQ(*reinterpret_cast<const char **>(r), key);
+  for (size_t i = sizeof(char *); i < 64; ++i) EXPECT_EQ(r[i], 0) << i;
+  EXPECT_EQ(KORVOHashTblLookup(&table_, "Alpha", 128), r) << "existing record, size ignored";
+  EXPECT_NE(KORVOHashTblLookup(&table_, "alpha", 16), r) << "case matters";
+  EXPECT_NE(KORVOHashTblLookup(&table_, "", 16), nullptr) << "the empty key is a key";
+  EXPECT_EQ(table_.count, 3u);
+  EXPECT_EQ(KORVOHashTblLookup(&table_, "tiny", 1), nullptr) << "no room for the key";
+  EXPECT_EQ(KORVOHashTblLookup(&table_, nullptr, 16), nullptr);
+}
+
+// One holder, no re-entry, only the holder unlocks, a freed handle names
+// no lock.
+TEST(SpinLock, HolderRules) {
+  uint32_t lock = 0;
+  ASSERT_EQ(shm_spin_alloc(&lock, 0, -1, 0, "test", __LINE__), SHM_OK);
+  ASSERT_NE(lock, 0u);
+  EXPECT_EQ(shm_spin_lock(lock, 0, "test", __LINE__), SHM_OK);
+  EXPECT_EQ(shm_spin_lock(lock, 0, "test", __LINE__), SHM_E_HELD) << "no re-entry, no deadlock";
+  int32_t other = -1;
+  std::thread([&] { other = shm_spin_unlock(lock, "test", __LINE__); }).join();
+  EXPECT_EQ(other, SHM_E_NOT_HOLDER);
+  EXPECT_EQ(shm_spin_free(lock, "test", __LINE__), SHM_E_HELD);
+  EXPECT_EQ(shm_spin_unlock(lock, "test", __LINE__), SHM_OK);
+  EXPECT_EQ(shm_spin_free(lock, "test", __LINE__), SHM_OK);
+  EXPECT_EQ(shm_spin_lock(lock, 0, "test", __LINE__), SHM_E_ARGUMENT);
+  EXPECT_EQ(shm_spin_alloc(nullptr, 0, -1, 0, "test", __LINE__), SHM_E_ARGUMENT);
+  EXPECT_EQ(shm_spin_lock(0, 0, "test", __LINE__), SHM_E_ARGUMENT);
+}
+
+TEST(SpinLock, ExcludesOtherThreads) {
+  uint32_t lock = 0;
+  ASSERT_EQ(shm_spin_alloc(&lock, 0, -1, 0, "test", __LINE__), SHM_OK);
+  long counter = 0;  // plain: only the lock orders the increments
+  std::thread threads[3];
+  for (auto &t : threads) {
+    t = std::thread([&] {
+      for (int i = 0; i < 20000; ++i) {
+        shm_spin_lock(lock, 0, "test", __LINE__);
+        ++counter;
+        shm_spin_unlock(lock, "test", __LINE__);
+      }
+    });
+  }
+  for (auto &t : threads) t.join();
+  EXPECT_EQ(counter, 60000);
+  EXPECT_EQ(shm_spin_free(lock, "test", __LINE__), SHM_OK);
+}
+
+}  // namespace

@@ -1,0 +1,225 @@
+// Localised texts with the sample language libraries loaded from disk: the
+// fallback chain step by step, the names it tries, libraries that fail to
+// load, unloading, and many threads on one cache.
+#if defined(_WIN32)
+#include <windows.h>
+#else
+#include <dlfcn.h>
+#endif
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <clocale>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <string>
+#include <thread>
+#include <tuple>
+#include <vector>
+
+#include "korutl.h"
+#include "siblings/oss/oss.h"
+#include "siblings/rsv/rsv.h"
+#include "tests/support/language_env.h"
+
+namespace {
+
+const std::string kGermanNotFound =
+    "(KOR0301) Für dieses Produkt ist keine Sprachbibliothek in der gewünschten Sprache "
+    "installiert.";
+const std::string kFixedNotFound =
+    "(KOR0301) Cannot find language library (language not installed for product).";
+
+class I18n : public korutl_test::LanguageStore {
+ protected:
+  // Registers "product version language file" entries, separated by ';'.
+  static void reg(const std::string &entries) {
+    std::istringstream in(entries);
+    for (std::string p, v, l, f; in >> p >> v >> l >> f;) {
+      if (f.back() == ';') f.pop_back();
+      ASSERT_EQ(KORVOCfgRegisterLanguageFile(p.c_str(), v.c_str(), l.c_str(), f.c_str()), 0);
+    }
+  }
+  static void setting(const char *section, const char *name, const char *value) {
+    ASSERT_EQ(KORVOSaveSetting("Halcyra", section, name, value), 1);
+  }
+  std::string p20(const char *language, const char *key = "ORR_LANGUAGE") {
+    return text("\\localhost\\P\\2.0", language, key);
+  }
+};
+
+// Each case builds a tree in which exactly one step of the chain can find
+// a library for German texts of product P, version 2.0.
+TEST_F(I18n, EachStepOfTheChainFindsItsLibrary) {
+#if defined(_WIN32)
+  GTEST_SKIP() << "Linux only: the current-locale step finds a library under the system locale's "
+                  "name (English under Wine), which the cases assume absent";
+#endif
+  struct {
+    const char *step, *tree, *setting, *language;
+    std::string expected;
+  } cases[] = {
+      {"a: exact version", "P 2.0 German orr_de.dll; P 3.0 German orr_fr.dll", nullptr, "German",
+       "Deutsch"},
+      {"b: highest version in numeric order", "P 2.9 German orr_fr.dll; P 2.10 German orr_de.dll",
+       nullptr, "German", "Deutsch"},
+      {"b: not with Use_Strict_Version", "P 3.0 German orr_de.dll; Halcyra 2.2.1 German hal_de.dll",
+       "Products\\P Use_Strict_Version 1", "German", kGermanNotFound},
+      {"c: Default language", "P 2.0 Default orr_en.dll", nullptr, "German", "English"},
+      {"c: Default in the version b settled on",
+       "P 3.0 Default orr_fr.dll; P 1.0 German orr_de.dll", nullptr, "German", "Français"},
+      {"d: current locale, C.UTF-8 as C-UTF-8, C-UTF, then C", "P 2.0 C orr_fr.dll", nullptr,
+       "German", "Français"},
+      {"e: library named after the language", "", nullptr, "orr_de", "Deutsch"},
+      {"f: global language", "P 2.0 French orr_fr.dll", "Global Language French", "German",
+       "Français"},
+      {"not found: Halcyra's text in the requested language",
+       "Halcyra 2.2.1 German hal_de.dll; P 2.0 English orr_en.dll", nullptr, "German",
+       kGermanNotFound},
+      {"not found anywhere", "", nullptr, "German", kFixedNotFound},
+  };
+  setenv("LC_ALL", "C.UTF-8", 1);
+  for (const auto &c : cases) {
+    SCOPED_TRACE(c.step);
+    TearDown();
+    SetUp();
+    reg(c.tree);
+    std::istringstream words(c.setting != nullptr ? c.setting : "");
+    std::string section, name, value;
+    if (words >> section >> name >> value) setting(section.c_str(), name.c_str(), value.c_str());
+    EXPECT_EQ(p20(c.language), c.expected);
+  }
+  unsetenv("LC_ALL");
+  std::setlocale(LC_ALL, "C");
+}
+
+// Language names are mapped and shortened; the library gets the identifier
+// as passed and the requested language.
+TEST_F(I18n, LanguageNamesAndWhatTheLibraryIsAsked) {
+  // "en_US" is never asked for under that name.
+  reg("P 2.0 en orr_en.dll; P 2.0 en_US orr_de.dll; P 2.0 fr-CA orr_fr.dll");
+  EXPECT_EQ(p20("en_US.ISO8859-1"), "English");
+  EXPECT_EQ(p20("fr_CA@euro"), "Français");
+  // Escaped identifiers name the same version, cached or not.
+  EXPECT_EQ(text("\\h\\P\\2%2E0", "EN", "ORR_LANGUAGE"), "English");
+  EXPECT_EQ(p20(std::string(96, 'e').c_str()), kFixedNotFound);
+  reg("Default Default Default lang_echo.dll");
+  EXPECT_EQ(text(nullptr, "German", "K"), "(null)|German|K");
+  EXPECT_EQ(text("localhost\\", nullptr, "K"), "localhost\\|Default|K");
+  // Instance levels form the key path below the version.
+  const std::string key =
+      "HKEY_LOCAL_MACHINE\\SOFTWARE\\Vantrel\\Halcyra\\Products\\P\\Versions\\"
+      "1.0\\i1\\sub\\Languages";
+  ASSERT_EQ(rsv_create_key(key.c_str(), "t", __LINE__), RSV_OK);
+  ASSERT_EQ(rsv_set_value(key.c_str(), "de", "lang_echo.dll", "t", __LINE__), RSV_OK);
+  EXPECT_EQ(text("\\h\\P\\1.0\\i1\\sub", "de", "K"), "\\h\\P\\1.0\\i1\\sub|de|K");
+}
+
+TEST_F(I18n, NullTextsAndOwnTextsInTheGlobalLanguage) {
+  reg("P 2.0 German orr_de.dll; P 2.0 Default orr_en.dll");
+  EXPECT_EQ(p20("German", "NO_SUCH_KEY"), "<null>");  // the library's null is the result
+  EXPECT_EQ(KORVOLoadI18NStringEx(cache_, "\\h\\P\\2.0", "German", nullptr), nullptr);
+  EXPECT_EQ(KORVOLoadI18NStringEx(nullptr, "\\h\\P\\2.0", "German", "ORR_LANGUAGE"), nullptr);
+  reg("Halcyra 2.2.1 English hal_en.dll; Halcyra 2.2.1 French hal_fr.dll; Halcyra 2.2.1 Default "
+      "hal_de.dll");
+  EXPECT_STREQ(KORVOLoadI18NString(nullptr, "HAL_LANGUAGE"), "Deutsch");
+  setting("Global", "Language", "French");
+  EXPECT_STREQ(KORVOLoadI18NString("", "HAL_LANGUAGE"), "Français");
+  EXPECT_STREQ(KORVOLoadI18NString("English", "HAL_LANGUAGE"), "English");
+  KORVOFiniteI18NStrings();  // a later call starts a new cache
+  EXPECT_STREQ(KORVOLoadI18NString("english", "HAL_LANGUAGE"), "English");
+}
+
+// Trace lines of the OS-services library, collected for one test.
+std::vector<std::string> trace_lines;
+void collect_trace(const char *line) { trace_lines.emplace_back(line); }
+bool traced(const std::string &a, const std::string &b) {
+  for (const std::string &l : trace_lines)
+    if (l.find(a) != std::string::npos && l.find(b) != std::string::npos) return true;
+  return false;
+}
+
+TEST_F(I18n, BrokenLibrariesAreSkippedWithATraceLine) {
+#if defined(_WIN32)
+  GTEST_SKIP() << "Linux only: its broken libraries are made as Linux shared objects";
+#endif
+  std::ofstream(scratch("broken.so")) << "not a shared object\n";
+  const std::string dir = std::filesystem::path(scratch("broken.so")).parent_path().string();
+  setenv("KORVO_LANGUAGE_PATH", (dir + ":" + korutl_test::kLanguagePath).c_str(), 1);
+  reg("P 2.0 German broken.dll; P 2.0 French missing.dll; P 2.0 Italian lang_without_entry.dll; P "
+      "2.0 Default orr_en.dll");
+  trace_lines.clear();
+  oss_set_trace_func(collect_trace, "t", __LINE__);
+  for (const char *language : {"German", "French", "Italian"})
+    EXPECT_EQ(p20(language), "English") << language;
+  oss_set_trace_func(nullptr, "t", __LINE__);
+  EXPECT_TRUE(traced("oss_load_library", "broken"));
+  EXPECT_TRUE(traced("oss_load_library", "missing"));
+  EXPECT_TRUE(traced("oss_get_function_address", "get_resource"));
+  EXPECT_EQ(KORVOStackLength(cache_), 1);  // only the Default library was kept
+}
+
+// Whether the language library `stem` (orr_en, ...) is loaded.
+bool is_loaded(const std::string &stem) {
+  const std::string path = KORUTL_LANGUAGE_DIR "/" + stem;
+#if defined(_WIN32)
+  return GetModuleHandleA((path + ".dll").c_str()) != nullptr;
+#else
+  void *h = dlopen((path + ".so").c_str(), RTLD_NOW | RTLD_NOLOAD);
+  if (h != nullptr) dlclose(h);
+  return h != nullptr;
+#endif
+}
+
+TEST_F(I18n, FinalisationUnloadsEveryLibrary) {
+  reg("P 2.0 English orr_en.dll; P 2.0 German orr_de.dll; P 2.0 French orr_fr.dll");
+  for (const char *language : {"English", "German", "French", "german"})
+    EXPECT_NE(p20(language), "<null>");
+  EXPECT_EQ(KORVOStackLength(cache_), 3);
+  for (const char *name : {"orr_en", "orr_de", "orr_fr"}) EXPECT_TRUE(is_loaded(name)) << name;
+  KORVOFiniteI18n(&cache_);
+  EXPECT_EQ(cache_, nullptr);
+  for (const char *name : {"orr_en", "orr_de", "orr_fr"}) EXPECT_FALSE(is_loaded(name)) << name;
+  KORVOFiniteI18n(&cache_);  // nothing left: does nothing
+  KORVOFiniteI18n(nullptr);
+}
+
+// Many threads load texts through one cache at once, misses and hits
+// mixed, and the library's own cache is created by whichever call comes
+// first.
+using I18nConcurrency = I18n;
+
+TEST_F(I18nConcurrency, ThreadsShareOneCache) {
+  reg("Halcyra 2.2.1 English hal_en.dll; Halcyra 2.2.1 German hal_de.dll; Halcyra 2.2.1 French "
+      "hal_fr.dll; Orrery 2.10 German orr_de.dll");
+  const std::tuple<const char *, const char *, const char *, const char *> requests[] = {
+      {"\\localhost\\Halcyra\\2.2.1", "English", "HAL_LANGUAGE", "English"},
+      {"\\localhost\\Halcyra\\2.2.1", "German", "HAL_LANGUAGE", "Deutsch"},
+      {"\\localhost\\Halcyra\\2.2.1", "French", "HAL_LANGUAGE", "Français"},
+      {"\\localhost\\Orrery\\2.10\\main", "German", "ORR_LANGUAGE", "Deutsch"},
+      {"\\localhost\\Orrery\\3", "German", "ORR_LANGUAGE", "Deutsch"},  // found in 2.10
+      {nullptr, "German", "HAL_LANGUAGE", "Deutsch"},                   // own cache
+  };
+  constexpr int kThreads = 8;
+  std::atomic<int> wrong{0};
+  std::vector<std::thread> threads;
+  for (int t = 0; t < kThreads; ++t)
+    threads.emplace_back([&, t] {
+      for (int i = 0; i < 300; ++i) {
+        const auto &[object_id, language, key, expected] = requests[(t + i) % std::size(requests)];
+        const char *text = object_id != nullptr
+                               ? KORVOLoadI18NStringEx(cache_, object_id, language, key)
+                               : KORVOLoadI18NString(language, key);
+        if (text == nullptr || std::string(text) != expected) wrong.fetch_add(1);
+      }
+    });
+  for (std::thread &t : threads) t.join();
+  EXPECT_EQ(wrong.load(), 0);
+  // Four libraries, perhaps loaded more than once by threads that missed
+  // at the same moment; every record stays until the cache ends.
+  EXPECT_GE(KORVOStackLength(cache_), 4);
+  EXPECT_LE(KORVOStackLength(cache_), 4 * kThreads);
+}
+
+}  // namespace

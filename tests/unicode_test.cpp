@@ -1,0 +1,144 @@
+// The Unicode conversions by known answers: the values they give for
+// surrogates, values beyond the target form and malformed input, and where
+// they stop. That the decoders agree with each other, that converting in
+// pieces through a small target gives what one call gives, and that UTF-7
+// round-trips, the fuzz targets check on any input (fuzz/utf8_decode_fuzz.cpp,
+// utf16_decode_fuzz.cpp, utf7_fuzz.cpp).
+#include <gtest/gtest.h>
+
+#include <string>
+#include <tuple>
+#include <vector>
+
+#include "korutl.h"
+
+namespace {
+
+// Runs one conversion over all of `in` into a target of `room` units.
+template <typename To>
+struct Run {
+  int32_t result;
+  std::vector<To> out;
+  size_t consumed;
+};
+
+template <typename From, typename To>
+Run<To> run(int32_t (*fn)(const From **, const From *, To **, To *), const std::vector<From> &in,
+            size_t room = 64) {
+  std::vector<To> target(room + 1, To{0x5A});
+  const From *s = in.data();
+  To *t = target.data();
+  const int32_t r = fn(&s, in.data() + in.size(), &t, target.data() + room);
+  EXPECT_EQ(target[room], To{0x5A}) << "wrote past the target end";
+  return {r, std::vector<To>(target.data(), t), static_cast<size_t>(s - in.data())};
+}
+
+using U8 = std::vector<uint8_t>;
+using U16 = std::vector<uint16_t>;
+using U32 = std::vector<uint32_t>;
+
+TEST(UtfConversions, KnownAnswers) {
+  EXPECT_EQ(run(KORVOConvertUTF16toUTF8, U16{0xD83D, 0xDE00}).out, (U8{0xF0, 0x9F, 0x98, 0x80}));
+  EXPECT_EQ(run(KORVOConvertUCS4toUTF16, U32{0x1F600}).out, (U16{0xD83D, 0xDE00}));
+  // The UCS-4 encoder joins a pair given as two units; lone and reversed
+  // surrogates pass through the UTF-16 decoders.
+  EXPECT_EQ(run(KORVOConvertUCS4toUTF8, U32{0xD83D, 0xDE00}).out, (U8{0xF0, 0x9F, 0x98, 0x80}));
+  EXPECT_EQ(run(KORVOConvertUTF16toUTF8, U16{0xD800, 0x41}).out, (U8{0xED, 0xA0, 0x80, 0x41}));
+  EXPECT_EQ(run(KORVOConvertUTF16toUCS4, U16{0xDC00, 0xD800}).out, (U32{0xDC00, 0xD800}));
+  // Values beyond the target form.
+  EXPECT_EQ(run(KORVOConvertUCS4toUTF16, U32{0x110000}).out, U16{0xFFFD});
+  EXPECT_EQ(run(KORVOConvertUCS4toUTF8, U32{0x110000}).out, (U8{0xF4, 0x90, 0x80, 0x80}));
+  EXPECT_EQ(run(KORVOConvertUCS4toUTF8, U32{0x80000000}).out, (U8{0xEF, 0xBF, 0xBD}));
+  EXPECT_EQ(run(KORVOConvertUCS4toUTF8, U32{0x7FFFFFFF}).out,
+            (U8{0xFD, 0xBF, 0xBF, 0xBF, 0xBF, 0xBF}));
+  EXPECT_EQ(run(KORVOConvertUTF8toUTF16, U8{0xF4, 0x90, 0x80, 0x80}).out, U16{0xFFFD});
+  EXPECT_EQ(run(KORVOConvertUTF8toUCS4, U8{0xFE, 0x80, 0x80, 0x80, 0x80, 0x80}).out, U32{0xFFFD});
+  // Lenient UTF-8: stray continuation bytes and short sequences are read
+  // as they come; a sum that wraps below the offset is past 0x7FFFFFFF.
+  EXPECT_EQ(run(KORVOConvertUTF8toUTF16, U8{0x80}).out, U16{0x80});
+  EXPECT_EQ(run(KORVOConvertUTF8toUTF16, U8{0xC3, 0x41}).out, U16{0x81});
+  EXPECT_EQ(run(KORVOConvertUTF8toUTF16, U8{0xC0, 0x80}).out, U16{0});
+  EXPECT_EQ(run(KORVOConvertUTF8toUTF16, U8{0xC0, 0x00}).out, U16{0xFFFD});
+}
+
+// A cut sequence at the end of the source is left for the next call; a
+// character that does not fit the target is not begun.
+TEST(UtfConversions, WhereConversionsStop) {
+  const auto cut = run(KORVOConvertUTF8toUTF16, U8{0x41, 0xE2, 0x82});
+  EXPECT_EQ(cut.result, CONV_SOURCE_EXHAUSTED);
+  EXPECT_EQ(cut.out, U16{0x41});
+  EXPECT_EQ(cut.consumed, 1u);
+  const auto pair = run(KORVOConvertUCS4toUTF16, U32{0x1F600}, 1);
+  EXPECT_EQ(pair.result, CONV_TARGET_EXHAUSTED);
+  EXPECT_EQ(pair.consumed, 0u);
+}
+
+struct Encoded {
+  int32_t result;
+  std::string text;
+  size_t consumed;
+};
+
+Encoded encode(const std::u16string &in, bool optional_direct, bool close, size_t room = 256) {
+  std::vector<uint8_t> out(room + 1, 0xAA);
+  const auto *src = reinterpret_cast<const uint16_t *>(in.data());
+  uint8_t *dst = out.data();
+  const int32_t r = KORVOConvertUCS2toUTF7(&src, src + in.size(), &dst, out.data() + room,
+                                           optional_direct ? 1 : 0, close ? 1 : 0);
+  EXPECT_EQ(out[room], 0xAA) << "wrote past the target end";
+  return {r, std::string(out.data(), dst),
+          static_cast<size_t>(src - reinterpret_cast<const uint16_t *>(in.data()))};
+}
+
+Run<uint16_t> decode(const std::string &in, size_t room = 256) {
+  return run(KORVOConvertUTF7toUCS2, std::vector<uint8_t>(in.begin(), in.end()), room);
+}
+
+U16 units(const std::u16string &s) { return U16(s.begin(), s.end()); }
+
+TEST(Utf7, KnownAnswers) {
+  const std::tuple<const char16_t *, bool, bool, const char *> encoded[] = {
+      {u"\u00e9", false, false, "+AOk"},    {u"\u00e9", false, true, "+AOk-"},
+      {u"\u00e9a", false, false, "+AOk-a"}, {u"\u00e9 ", false, false, "+AOk "},
+      {u"a+b", false, false, "a+-b"},       {u"~\\!", false, false, "+AH4AXAAh"},
+      {u"~\\!", true, true, "+AH4AXA-!"}};
+  for (const auto &[in, optional_direct, close, out] : encoded)
+    EXPECT_EQ(encode(in, optional_direct, close).text, out);
+  // Decoding goes on after malformed input and reports it at the end.
+  const std::tuple<const char *, int32_t, const char16_t *> decoded[] = {
+      {"+AOk x", CONV_OK, u"\u00e9 x"},
+      {"~\\", CONV_OK, u"~\\"},  // not strict about what RFC 2152 would encode
+      {"+AOl-", CONV_SOURCE_ILLEGAL, u"\u00e9"},
+      {"+ x", CONV_SOURCE_ILLEGAL, u" x"},
+      {"a\351b", CONV_SOURCE_ILLEGAL, u"a\uffe9b"},
+      {"+A-ok", CONV_SOURCE_ILLEGAL, u"ok"}};
+  for (const auto &[in, result, out] : decoded) {
+    const auto d = decode(in);
+    EXPECT_EQ(d.result, result) << in;
+    EXPECT_EQ(d.out, units(out)) << in;
+  }
+}
+
+// The fuzz target sizes its targets for the worst case; here they run out.
+TEST(Utf7, TargetExhaustedAndNullPointers) {
+  // Encoder: room for "a+" only; '-' of the plus sign does not fit.
+  Encoded e = encode(u"a+b", false, false, 2);
+  EXPECT_EQ(e.result, CONV_TARGET_EXHAUSTED);
+  EXPECT_EQ(e.text, "a+");
+  EXPECT_EQ(e.consumed, 2u);
+  // Inside a run: "+AO" fits, the last sextet of U+00E9 does not; closing
+  // the run needs room for the hyphen before 'a'.
+  EXPECT_EQ(encode(u"\u00e9", false, false, 3).text, "+AO");
+  EXPECT_EQ(encode(u"\u00e9a", false, false, 4).text, "+AOk");
+  const auto d = decode("abc", 2);
+  EXPECT_EQ(d.result, CONV_TARGET_EXHAUSTED);
+  EXPECT_EQ(d.out, units(u"ab"));
+  EXPECT_EQ(d.consumed, 3u);
+  // Exhaustion wins over an earlier malformed byte.
+  EXPECT_EQ(decode("\xe9xyz", 2).result, CONV_TARGET_EXHAUSTED);
+  EXPECT_EQ(decode("+-", 0).result, CONV_TARGET_EXHAUSTED);
+  EXPECT_EQ(KORVOConvertUCS2toUTF7(nullptr, nullptr, nullptr, nullptr, 0, 0), CONV_OK);
+  EXPECT_EQ(KORVOConvertUTF7toUCS2(nullptr, nullptr, nullptr, nullptr), CONV_OK);
+}
+
+}  // namespace
