@@ -33,7 +33,7 @@ std::string convert(int32_t handle, const std::string &in, intptr_t capacity = 1
   EXPECT_EQ(out[capacity], 'x') << "wrote past the capacity";
   if (ok == 0) return written == -7 ? "<refused>" : "<refused, length changed>";
   EXPECT_TRUE(flags != CPX_TERMINATE || out[written] == '\0');
-  return std::string(out, written);
+  return std::string(out, static_cast<size_t>(written));
 }
 
 int32_t open(int32_t from, int32_t to) {

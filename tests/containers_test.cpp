@@ -98,7 +98,7 @@ TEST_F(Stack, ThreadsLoseAndDuplicateNothing) {
         KORVOStackLength(stack_);
         KORVOStackGetNth(stack_, i % 7);
         if (i % 3 == 0) {
-          if (intptr_t got = KORVOStackPop(stack_)) popped[t].push_back(got);
+          if (intptr_t got = KORVOStackPop(stack_)) popped[static_cast<size_t>(t)].push_back(got);
         }
       }
     });

@@ -207,7 +207,8 @@ TEST_F(I18nConcurrency, ThreadsShareOneCache) {
   for (int t = 0; t < kThreads; ++t)
     threads.emplace_back([&, t] {
       for (int i = 0; i < 300; ++i) {
-        const auto &[object_id, language, key, expected] = requests[(t + i) % std::size(requests)];
+        const auto &[object_id, language, key, expected] =
+            requests[static_cast<size_t>(t + i) % std::size(requests)];
         const char *text = object_id != nullptr
                                ? KORVOLoadI18NStringEx(cache_, object_id, language, key)
                                : KORVOLoadI18NString(language, key);

@@ -107,7 +107,7 @@ TEST_F(MemShellOn, ThreadsAgreeWithTableAndTotals) {
     threads.emplace_back([t] {
       std::vector<void *> mine;
       for (int i = 0; i < 300; ++i) {
-        void *p = mmalloc(1 + (i * 7 + t) % 100, i, "thread.c");
+        void *p = mmalloc(static_cast<uint32_t>(1 + (i * 7 + t) % 100), i, "thread.c");
         if (i % 3 == 0) p = mrealloc(p, 50, i, "thread.c");
         mine.push_back(p);
         if (i % 2 == 1) {

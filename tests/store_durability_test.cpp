@@ -1,16 +1,21 @@
 // The store file: several writers at once, and writers killed mid-run --
 // every write that was acknowledged must be in the store afterwards, and
-// the file stays sound --, a damaged file, and a change of KORVO_REGISTRY
-// between calls.
+// the file stays sound --, a damaged file, a change of KORVO_REGISTRY
+// between calls, listings that see one committed state while others
+// write, and a store path, wait and file mode that cannot surprise.
 #include <gtest/gtest.h>
 #include <signal.h>
 #include <sqlite3.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <atomic>
+#include <chrono>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <random>
 #include <string>
 #include <thread>
 #include <vector>
@@ -49,9 +54,9 @@ bool has_value(int writer, int i) {
 
 bool run_threads(int first_writer, int threads, int count) {
   std::vector<std::thread> pool;
-  std::vector<char> ok(threads, 0);
+  std::vector<char> ok(static_cast<size_t>(threads), 0);
   for (int t = 0; t < threads; ++t)
-    pool.emplace_back([&, t] { ok[t] = write_run(first_writer + t, count); });
+    pool.emplace_back([&, t] { ok[static_cast<size_t>(t)] = write_run(first_writer + t, count); });
   for (auto &th : pool) th.join();
   for (char c : ok)
     if (!c) return false;
@@ -137,6 +142,203 @@ TEST_F(DurabilityTest, DamagedStoreFailsWithATraceAndIsLeftAlone) {
   ASSERT_EQ(rsv_create_key(base.c_str(), M, __LINE__), RSV_OK);
   setenv("KORVO_REGISTRY", file().c_str(), 1);
   EXPECT_EQ(rsv_query_key(base.c_str(), nullptr, nullptr, M, __LINE__), RSV_E_STORE);
+}
+
+// ---- One snapshot per listing, a path that cannot surprise, bounded waits.
+
+const std::string shelf = base + "\\Shelf";
+constexpr int shelf_keys = 8, shelf_values = 3;
+
+std::string shelf_key(int i) { return shelf + "\\S" + std::to_string(i); }
+
+// Puts subkey i back whole (its values in the same transaction), so every
+// committed state holds each subkey either whole or not at all.
+bool restore_shelf_key(const std::string &reg_file, int i) {
+  std::string text = "Windows Registry Editor Version 5.00\r\n\r\n[" + shelf_key(i) + "]\r\n";
+  for (int v = 0; v < shelf_values; ++v) text += "\"v" + std::to_string(v) + "\"=\"x\"\r\n";
+  std::ofstream(reg_file, std::ios::binary | std::ios::trunc) << text;
+  return rsv_import_file(reg_file.c_str(), nullptr, M, __LINE__) == RSV_OK;
+}
+
+// Deletes and restores the shelf's subkeys round after round.
+bool churn_shelf(const std::string &reg_file, int rounds, int seed) {
+  for (int r = 0; r < rounds; ++r) {
+    const int i = (r * 7 + seed) % shelf_keys;
+    // The other writers may have deleted it first.
+    const uint16_t rc = rsv_delete_key(shelf_key(i).c_str(), M, __LINE__);
+    if (rc != RSV_OK && rc != RSV_E_NO_KEY) return false;
+    if (!restore_shelf_key(reg_file, i)) return false;
+  }
+  return true;
+}
+
+// An export (UTF-16LE) as ASCII text: every second byte.
+std::string export_text(const std::string &file) {
+  std::ifstream in(file, std::ios::binary);
+  const std::string wide(std::istreambuf_iterator<char>(in), {});
+  std::string text;
+  for (size_t i = 2; i < wide.size(); i += 2) text += wide[i];
+  return text;
+}
+
+// Every subkey an export shows must be whole: a torn export would show a
+// key without its values.
+bool whole_shelf(const std::string &text) {
+  size_t keys = 0, values = 0;
+  for (size_t at = 0; (at = text.find("[" + shelf + "\\S", at)) != std::string::npos; ++at) ++keys;
+  for (size_t at = 0; (at = text.find("\"v", at)) != std::string::npos; ++at) ++values;
+  return values == keys * shelf_values;
+}
+
+TEST_F(DurabilityTest, ExportsDuringConcurrentDeletesAreWholeCommittedStates) {
+  for (int i = 0; i < shelf_keys; ++i) ASSERT_TRUE(restore_shelf_key(scratch("put.reg"), i));
+  const pid_t child = fork();  // before any thread of this test starts
+  ASSERT_GE(child, 0);
+  if (child == 0) _exit(churn_shelf(scratch("child.reg"), 300, 3) ? 0 : 1);
+  std::atomic<bool> writers_ok{true};
+  std::thread writer([&] { writers_ok = churn_shelf(scratch("thread.reg"), 300, 5); });
+  int failed = 0, torn = 0;
+  for (int n = 0; n < 1000; ++n) {
+    const std::string out = scratch("export.reg");
+    if (rsv_export_file(shelf.c_str(), out.c_str(), M, __LINE__) != RSV_OK)
+      ++failed;
+    else if (!whole_shelf(export_text(out)))
+      ++torn;
+  }
+  writer.join();
+  int status = 0;
+  ASSERT_EQ(waitpid(child, &status, 0), child);
+  EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
+  EXPECT_TRUE(writers_ok);
+  EXPECT_EQ(failed, 0);
+  EXPECT_EQ(torn, 0);
+}
+
+TEST_F(DurabilityTest, SnapshotHoldsOneStateAndRefusesWrites) {
+  ASSERT_EQ(rsv_create_key(shelf_key(0).c_str(), M, __LINE__), RSV_OK);
+  ASSERT_EQ(rsv_begin_snapshot(M, __LINE__), RSV_OK);
+  uint16_t subkeys = 0;
+  ASSERT_EQ(rsv_query_key(shelf.c_str(), &subkeys, nullptr, M, __LINE__), RSV_OK);
+  std::thread([] { rsv_create_key(shelf_key(1).c_str(), M, __LINE__); }).join();
+  uint16_t again = 0;
+  EXPECT_EQ(rsv_query_key(shelf.c_str(), &again, nullptr, M, __LINE__), RSV_OK);
+  EXPECT_EQ(again, subkeys);
+  EXPECT_EQ(rsv_set_value(shelf.c_str(), "v", "x", M, __LINE__), RSV_E_STORE);
+  EXPECT_EQ(rsv_end_snapshot(M, __LINE__), RSV_OK);
+  EXPECT_EQ(rsv_end_snapshot(M, __LINE__), RSV_E_BAD_ARGUMENT);
+  EXPECT_EQ(rsv_query_key(shelf.c_str(), &again, nullptr, M, __LINE__), RSV_OK);
+  EXPECT_EQ(again, subkeys + 1);
+}
+
+TEST_F(DurabilityTest, DamagedPagesFailAListingInsteadOfShorteningIt) {
+  constexpr int count = 300;
+  std::thread([&] {  // the thread's connection closes when it ends
+    ASSERT_EQ(rsv_create_key(shelf.c_str(), M, __LINE__), RSV_OK);
+    const std::string data(200, 'd');
+    for (int i = 0; i < count; ++i)
+      ASSERT_EQ(rsv_set_value(shelf.c_str(), ("v" + std::to_string(i)).c_str(), data.c_str(), M,
+                              __LINE__),
+                RSV_OK);
+  })
+      .join();
+  sqlite3 *db = nullptr;
+  ASSERT_EQ(sqlite3_open(file().c_str(), &db), SQLITE_OK);
+  sqlite3_exec(db, "PRAGMA wal_checkpoint(TRUNCATE)", nullptr, nullptr, nullptr);
+  sqlite3_close(db);
+  std::fstream f(file(), std::ios::binary | std::ios::in | std::ios::out);
+  f.seekg(0, std::ios::end);
+  const auto size = static_cast<long>(f.tellg());
+  f.seekp(size / 2 / 4096 * 4096);
+  std::mt19937 random(7);
+  for (int i = 0; i < 4096; ++i) f.put(static_cast<char>(random()));
+  f.close();
+  std::thread([&] {
+    std::vector<std::vector<char>> slots(count, std::vector<char>(RSV_VALUE_SLOT));
+    std::vector<char *> names;
+    for (auto &s : slots) names.push_back(s.data());
+    uint16_t n = count;
+    const uint16_t rc = rsv_enum_values(shelf.c_str(), names.data(), &n, M, __LINE__);
+    EXPECT_TRUE(rc == RSV_E_STORE || (rc == RSV_OK && n == count)) << rc << " " << n;
+  }).join();
+}
+
+TEST_F(DurabilityTest, RelativeStorePathStaysPutAcrossChdir) {
+  const auto before = std::filesystem::current_path();
+  std::filesystem::create_directories(scratch("a"));
+  std::filesystem::create_directories(scratch("b"));
+  std::filesystem::current_path(scratch("a"));
+  setenv("KORVO_REGISTRY", ("relative-" + std::to_string(getpid()) + ".db").c_str(), 1);
+  EXPECT_EQ(rsv_create_key(base.c_str(), M, __LINE__), RSV_OK);
+  std::filesystem::current_path(scratch("b"));
+  uint16_t rc = 0;
+  std::thread([&] { rc = rsv_query_key(base.c_str(), nullptr, nullptr, M, __LINE__); }).join();
+  std::filesystem::current_path(before);
+  EXPECT_EQ(rc, RSV_OK);
+  EXPECT_TRUE(std::filesystem::is_empty(scratch("b")));
+}
+
+TEST_F(DurabilityTest, NoUsableHomeCreatesNothing) {
+  const char *home = std::getenv("HOME");
+  const std::string saved = home != nullptr ? home : "";
+  unsetenv("KORVO_REGISTRY");
+  setenv("XDG_STATE_HOME", "relative/state", 1);
+  unsetenv("HOME");
+  traced.clear();
+  rsv_set_trace_func(collect, M, __LINE__);
+  EXPECT_EQ(rsv_create_key(base.c_str(), M, __LINE__), RSV_E_STORE);
+  EXPECT_EQ(rsv_query_key(base.c_str(), nullptr, nullptr, M, __LINE__), RSV_E_STORE);
+  rsv_set_trace_func(nullptr, M, __LINE__);
+  unsetenv("XDG_STATE_HOME");
+  if (home != nullptr) setenv("HOME", saved.c_str(), 1);
+  ASSERT_EQ(traced.size(), 2u);
+  EXPECT_NE(traced[0].find("no store file"), std::string::npos) << traced[0];
+  EXPECT_FALSE(std::filesystem::exists("relative"));
+}
+
+TEST_F(DurabilityTest, ReplacedStoreFileTakesTheNextWrite) {
+  ASSERT_EQ(rsv_create_key(base.c_str(), M, __LINE__), RSV_OK);
+  std::filesystem::rename(file(), scratch("moved.db"));
+  ASSERT_EQ(rsv_create_key(shelf.c_str(), M, __LINE__), RSV_OK);
+  uint16_t rc = 0;
+  std::thread([&] { rc = rsv_query_key(shelf.c_str(), nullptr, nullptr, M, __LINE__); }).join();
+  EXPECT_EQ(rc, RSV_OK);
+}
+
+TEST_F(DurabilityTest, BusyStoreFailsAfterTheSetWait) {
+  ASSERT_EQ(rsv_create_key(base.c_str(), M, __LINE__), RSV_OK);
+  sqlite3 *db = nullptr;
+  ASSERT_EQ(sqlite3_open(file().c_str(), &db), SQLITE_OK);
+  ASSERT_EQ(sqlite3_exec(db, "BEGIN IMMEDIATE", nullptr, nullptr, nullptr), SQLITE_OK);
+  setenv("KORVO_REGISTRY_BUSY_TIMEOUT", "200", 1);
+  traced.clear();
+  rsv_set_trace_func(collect, M, __LINE__);
+  const auto start = std::chrono::steady_clock::now();
+  EXPECT_EQ(rsv_set_value(base.c_str(), "v", "x", M, __LINE__), RSV_E_STORE);
+  const auto waited = std::chrono::steady_clock::now() - start;
+  rsv_set_trace_func(nullptr, M, __LINE__);
+  unsetenv("KORVO_REGISTRY_BUSY_TIMEOUT");
+  sqlite3_exec(db, "ROLLBACK", nullptr, nullptr, nullptr);
+  sqlite3_close(db);
+  EXPECT_LT(waited, std::chrono::seconds(5));  // bounded, not the default 10 s
+  ASSERT_EQ(traced.size(), 1u);
+  EXPECT_NE(traced[0].find("store busy"), std::string::npos) << traced[0];
+}
+
+TEST_F(DurabilityTest, StoreFilesArePrivateAndRootsHoldNoValues) {
+  ASSERT_EQ(rsv_create_key(base.c_str(), M, __LINE__), RSV_OK);
+  ASSERT_EQ(rsv_set_value(base.c_str(), "v", "x", M, __LINE__), RSV_OK);
+  for (const std::string suffix : {"", "-wal", "-shm"}) {
+    struct stat st {};
+    ASSERT_EQ(stat((file() + suffix).c_str(), &st), 0) << suffix;
+    EXPECT_EQ(st.st_mode & 0777, 0600u) << suffix;
+  }
+  EXPECT_EQ(rsv_set_value("HKEY_LOCAL_MACHINE", "v", "x", M, __LINE__), RSV_E_BAD_ARGUMENT);
+  std::ofstream(scratch("root.reg"))
+      << "Windows Registry Editor Version 5.00\n\n[HKEY_LOCAL_MACHINE]\n\"v\"=\"x\"\n";
+  EXPECT_EQ(rsv_import_file(scratch("root.reg").c_str(), nullptr, M, __LINE__), RSV_E_BAD_ARGUMENT);
+  uint16_t values = 1;
+  EXPECT_EQ(rsv_query_key("HKEY_LOCAL_MACHINE", nullptr, &values, M, __LINE__), RSV_OK);
+  EXPECT_EQ(values, 0u);
 }
 
 }  // namespace

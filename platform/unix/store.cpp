@@ -18,14 +18,14 @@ constexpr const char *insert_key_sql =
 
 // Checks the path and opens the store; for a read, a missing store file is
 // an empty tree.
-sqlite3 *open_for(std::string_view path, bool for_write, Status &status) {
+sqlite3 *open_for(std::string_view path, Access access, Status &status) {
   std::vector<std::string_view> parts;
   if (!split_key_path(path, parts)) {
     set_error("bad key path");
     status = Status::bad_name;
     return nullptr;
   }
-  return connection(for_write, status);
+  return connection(access, status);
 }
 
 // The key's row id, 0 when it does not exist, -1 on a database failure.
@@ -101,7 +101,7 @@ Status delete_key_in(sqlite3 *db, std::string_view path) {
 template <typename Body>
 Status in_write_transaction(std::string_view path, bool may_create, Body body) {
   Status st;
-  sqlite3 *db = open_for(path, may_create, st);
+  sqlite3 *db = open_for(path, may_create ? Access::create : Access::write, st);
   if (db == nullptr) return st;
   WriteTransaction tx(db);
   if (!tx.begun()) return Status::store_error;
@@ -123,7 +123,7 @@ Status for_each_row(std::string_view path, const char *sql, OnRow on_row) {
   note_read(path);
   SnapshotScope snapshot;
   Status st;
-  sqlite3 *db = open_for(path, false, st);
+  sqlite3 *db = open_for(path, Access::read, st);
   if (db == nullptr) return st;
   int64_t id;
   if ((st = key_id(db, path, id)) != Status::ok) return st;
@@ -152,7 +152,7 @@ Status query_key(std::string_view path, uint32_t *subkeys, uint32_t *values) {
   note_read(path);
   SnapshotScope snapshot;
   Status st;
-  sqlite3 *db = open_for(path, false, st);
+  sqlite3 *db = open_for(path, Access::read, st);
   if (db == nullptr) return st;
   int64_t id;
   if ((st = key_id(db, path, id)) != Status::ok) return st;
@@ -169,7 +169,7 @@ Status query_key(std::string_view path, uint32_t *subkeys, uint32_t *values) {
 Status get_value(std::string_view path, std::string_view name, Value &out) {
   note_read(path);
   Status st;
-  sqlite3 *db = open_for(path, false, st);
+  sqlite3 *db = open_for(path, Access::read, st);
   if (db == nullptr) return st;
   // One statement tells a missing key from a missing value: the left join
   // gives a row with a null type when only the value is missing.

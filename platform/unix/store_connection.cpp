@@ -141,10 +141,10 @@ sqlite3 *fail_with(Status &status, Status why, std::string reason) {
 }
 
 // Opens `file` for this thread's connection; null with status set on failure.
-sqlite3 *open_file(Connection &c, const std::string &file, bool for_write, Status &status) {
+sqlite3 *open_file(Connection &c, const std::string &file, Access access, Status &status) {
   struct stat st {};
   if (stat(file.c_str(), &st) != 0) {
-    if (!for_write) return fail_with(status, Status::no_key, "no store file " + file);
+    if (access != Access::create) return fail_with(status, Status::no_key, "no store file " + file);
     if (!make_folders(file))
       return fail_with(status, Status::store_error, "cannot create the folder of " + file);
     if (!create_private(file))
@@ -191,7 +191,8 @@ Status sqlite_failure(sqlite3 *db) {
   return Status::store_error;
 }
 
-sqlite3 *connection(bool for_write, Status &status) {
+sqlite3 *connection(Access access, Status &status) {
+  const bool for_write = access != Access::read;
   Connection &c = this_thread;
   status = Status::ok;
   waited_ms_allowed = busy_timeout_ms();
@@ -210,7 +211,7 @@ sqlite3 *connection(bool for_write, Status &status) {
   if (c.db == nullptr) {
     if (file.empty() && !store_file(file, why)) return fail_with(status, Status::store_error, why);
     c.source = source;
-    if (open_file(c, file, for_write, status) == nullptr) return nullptr;
+    if (open_file(c, file, access, status) == nullptr) return nullptr;
   }
   // A snapshot's read transaction starts with its first read.
   if (c.snapshot_depth > 0 && !c.in_snapshot) {
@@ -289,7 +290,7 @@ int Statement::step() {
 
 WriteTransaction::WriteTransaction(sqlite3 *db) : db_(db) {
   begun_ = exec_retrying(db, "BEGIN IMMEDIATE");
-  if (!begun_) set_error(sqlite3_errmsg(db));
+  if (!begun_) sqlite_failure(db);
 }
 
 WriteTransaction::~WriteTransaction() {
@@ -298,7 +299,7 @@ WriteTransaction::~WriteTransaction() {
 
 bool WriteTransaction::commit() {
   if (!exec_retrying(db_, "COMMIT")) {
-    set_error(sqlite3_errmsg(db_));
+    sqlite_failure(db_);
     return false;
   }
   done_ = true;

@@ -14,10 +14,14 @@ namespace korutl::store {
 
 void set_error(std::string reason);
 
-// The connection for this thread. For reading, a store file that does not
-// exist yet gives null with Status::no_key (an empty tree) and creates
-// nothing; for writing, the file and its folders are created.
-sqlite3 *connection(bool for_write, Status &status);
+// What a call does with the store: read it, write to it where the store
+// must exist already (a missing store file is an empty tree, left
+// uncreated), or write and create the file and its folders when missing.
+enum class Access { read, write, create };
+
+// The connection for this thread. Without a store file, reads and writes
+// give null with Status::no_key and create nothing.
+sqlite3 *connection(Access access, Status &status);
 
 // A cached statement for `sql` (a string literal: its address is the key),
 // reset and unbound when the Statement goes out of scope.

@@ -82,7 +82,7 @@ TEST_P(GuardHeapDeath, PastTheEndAndAfterFreeFault) {
 std::vector<uint32_t> death_sizes() {
   std::vector<uint32_t> sizes{1, 4, 4077, 4078};
   std::mt19937 random(20261123);
-  for (int i = 0; i < 3; ++i) sizes.push_back(1 + random() % 70000);
+  for (int i = 0; i < 3; ++i) sizes.push_back(static_cast<uint32_t>(1 + random() % 70000));
   return sizes;
 }
 INSTANTIATE_TEST_SUITE_P(Sizes, GuardHeapDeath, ::testing::ValuesIn(death_sizes()));
@@ -179,7 +179,7 @@ TEST_F(GuardHeap, MillionBlocksOutliveTheMappingLimit) {
   for (size_t i = 0; i < kTotal; ++i) {
     void *&slot = live[i % kLive];
     if (slot != nullptr) nfree(slot);
-    slot = nmalloc(1 + random() % 200);
+    slot = nmalloc(static_cast<uint32_t>(1 + random() % 200));
     ASSERT_NE(slot, nullptr) << "allocation " << i;
   }
   for (void *p : live) nfree(p);
