@@ -28,6 +28,12 @@ else()
   if(NOT nm_rc EQUAL 0)
     message(FATAL_ERROR "nm failed on ${LIBRARY}")
   endif()
+  # The store is the registry service's alone: the library reaches the tree
+  # through rsv_* and must not link SQLite, or a process would hold two.
+  execute_process(COMMAND ${NM} -D --undefined-only ${LIBRARY} OUTPUT_VARIABLE undefined_out)
+  if(undefined_out MATCHES "sqlite3_")
+    message(FATAL_ERROR "${LIBRARY} calls SQLite itself: the store belongs to libkorrsv")
+  endif()
   string(REPLACE "\n" ";" nm_lines "${nm_out}")
   foreach(line IN LISTS nm_lines)
     # "address type name@@NODE"; the version nodes themselves are absolute (A).
