@@ -60,6 +60,7 @@ function(korutl_windows_dll target map)
   korutl_def_from_map(${map} ${def} ${target}.dll)
   target_sources(${target} PRIVATE ${def} ${PROJECT_SOURCE_DIR}/utl/win/korutl.rc
     ${PROJECT_SOURCE_DIR}/platform/win/dll_main.cpp)
+  target_include_directories(${target} PRIVATE ${PROJECT_SOURCE_DIR})  # dll_main.cpp's seam
   target_link_options(${target} PRIVATE "LINKER:--kill-at")
   install(FILES ${def} DESTINATION ${CMAKE_INSTALL_LIBDIR})
 endfunction()

@@ -1,6 +1,7 @@
 // Enumerations of the values of a key, handed one by one to a caller's
 // callback, and the names of a component's environment variables.
 #include <cstdlib>
+#include <optional>
 
 #include "korutl.h"
 #include "readconfig/cfg_paths.h"
@@ -26,27 +27,39 @@ extern "C" {
 
 KORUTL_API void KORVOCfgEnumerate(const char *keyPath, KORVOCfgEnumCallback callback) {
   if (callback == nullptr) return;
+  // Names and data are read in one snapshot, so the callback sees one
+  // committed state of the key; it runs after the snapshot ends, free to
+  // write to the store.
+  struct Entry {
+    char name[KORVO_VALUE_NAME_SLOT];
+    char data[data_size];
+    bool readable;
+  };
   char **names = nullptr;
-  char *block = nullptr;
+  Entry *entries = nullptr;
   uint16_t written = 0;
+  auto snapshot = std::make_optional<korutl::RsvSnapshot>(cfg::prodcfg_module, __LINE__);
   const uint16_t rc = korutl::enumerate_names(
       keyPath, korutl::NameKind::value,
       [&](uint16_t n) -> char ** {
         names = static_cast<char **>(std::malloc(n * sizeof(char *)));
-        block = static_cast<char *>(std::malloc(n * KORVO_VALUE_NAME_SLOT));
-        if (names == nullptr || block == nullptr) return nullptr;
-        for (uint16_t i = 0; i < n; ++i) names[i] = block + i * KORVO_VALUE_NAME_SLOT;
+        entries = static_cast<Entry *>(std::malloc(n * sizeof(Entry)));
+        if (names == nullptr || entries == nullptr) return nullptr;
+        for (uint16_t i = 0; i < n; ++i) names[i] = entries[i].name;
         return names;
       },
       written, cfg::prodcfg_module, __LINE__);
-  char data[data_size];
   for (uint16_t i = 0; rc == RSV_OK && i < written; ++i) {
-    if (cfg::value_name_was_cut(keyPath, names, i)) continue;  // not a name of this key
     uint16_t length = data_size;
-    if (rsv_get_value(keyPath, names[i], data, &length, cfg::prodcfg_module, __LINE__) == RSV_OK)
-      callback(names[i], data);
+    // A cut name is not a name of this key.
+    entries[i].readable = !cfg::value_name_was_cut(keyPath, names, i) &&
+                          rsv_get_value(keyPath, names[i], entries[i].data, &length,
+                                        cfg::prodcfg_module, __LINE__) == RSV_OK;
   }
-  std::free(block);
+  snapshot.reset();
+  for (uint16_t i = 0; rc == RSV_OK && i < written; ++i)
+    if (entries[i].readable) callback(entries[i].name, entries[i].data);
+  std::free(entries);
   std::free(names);
 }
 
@@ -65,6 +78,7 @@ KORUTL_API char **KORVOCfgGetEnvironmentVars(const char *component, uint16_t *co
   if (component == nullptr || *component == '\0' ||
       !cfg::compose(key, sizeof key, cfg::environment_key, component))
     return nullptr;
+  const korutl::RsvSnapshot snapshot(cfg::prodcfg_module, __LINE__);  // names and their checks
   char **names = nullptr;
   uint16_t values = 0;  // the slots laid out
   uint16_t written = 0;

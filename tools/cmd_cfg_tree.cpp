@@ -6,6 +6,7 @@
 
 #include "tools/cfg_tree.h"
 #include "tools/commands.h"
+#include "tools/reg_values.h"
 
 namespace korutl_tool {
 
@@ -18,6 +19,7 @@ void add_cfg_tree_command(CLI::App &app) {
       cfg->add_subcommand("tree", "Print products, versions, instances and agents as a tree");
   tree->add_option("PRODUCT", product, "Only this product");
   tree->callback([] {
+    const ReadSnapshot snapshot;
     exit_code = print_cfg_tree(stdout, product) ? 0 : 1;
     if (exit_code != 0) std::fprintf(stderr, "korutl cfg tree: no product %s\n", product.c_str());
   });

@@ -146,6 +146,7 @@ bool print_value(const std::string &key, const std::string &name) {
 }
 
 int reg_query(const RegArgs &a) {
+  const ReadSnapshot snapshot;
   uint32_t probe_size = 0;
   if (rsv_query_key(a.key.c_str(), nullptr, nullptr, kRegModule, __LINE__) != RSV_OK) {
     std::fprintf(stderr,
@@ -209,6 +210,7 @@ int reg_export(const RegArgs &a) {
 }
 
 int reg_tree(const RegArgs &a) {
+  const ReadSnapshot snapshot;
   if (!print_reg_tree(stdout, a.key, TreeStyle{a.depth, ""})) {
     std::fprintf(stderr,
                  "ERROR: The system was unable to find the specified registry key or value.\n");

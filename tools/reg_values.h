@@ -34,6 +34,11 @@ std::string reg_full_key(const std::string &key);
 // by "\0", DWORD and QWORD in 0x hex, anything else as hex digits.
 std::string reg_show_value(uint32_t type, const std::string &bytes);
 
+// A listing made of many reads sees one committed state of the tree.
+struct ReadSnapshot : korutl::RsvSnapshot {
+  ReadSnapshot() : RsvSnapshot(kRegModule, __LINE__) {}
+};
+
 // A value's type and bytes, or nothing when the key or value is missing.
 struct RegValue {
   uint32_t type = 0;

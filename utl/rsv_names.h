@@ -12,6 +12,25 @@
 
 namespace korutl {
 
+// Reads through the registry service between construction and destruction
+// see one committed state of the tree (rsv_begin_snapshot), for listings
+// made of several reads. A write of this thread inside it fails.
+class RsvSnapshot {
+ public:
+  RsvSnapshot(const char *module, int32_t line)
+      : module_(module), line_(line), begun_(rsv_begin_snapshot(module, line) == RSV_OK) {}
+  ~RsvSnapshot() {
+    if (begun_) rsv_end_snapshot(module_, line_);
+  }
+  RsvSnapshot(const RsvSnapshot &) = delete;
+  RsvSnapshot &operator=(const RsvSnapshot &) = delete;
+
+ private:
+  const char *module_;
+  int32_t line_;
+  bool begun_;
+};
+
 enum class NameKind { subkey, value };
 
 // Bytes of one slot of that kind of name.
@@ -30,6 +49,9 @@ template <typename LayOut>
 uint16_t enumerate_names(const char *key, NameKind kind, LayOut &&lay_out, uint16_t &count,
                          const char *module, int32_t line) {
   count = 0;
+  // The count and the names from one committed state: a name added between
+  // the two reads would otherwise find no slot.
+  const RsvSnapshot snapshot(module, line);
   uint16_t subkeys = 0, values = 0;
   if (const uint16_t rc = rsv_query_key(key, &subkeys, &values, module, line); rc != RSV_OK)
     return rc;
