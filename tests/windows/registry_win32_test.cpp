@@ -60,10 +60,11 @@ TEST_F(SystemRegistry, AllDoorsSeeOneTree) {
 }
 
 TEST_F(SystemRegistry, ThreadsWritingAtOnceLoseNothing) {
-  constexpr int threads = 4, count = 50;
+  constexpr size_t threads = 4;
+  constexpr int count = 50;
   std::vector<std::thread> pool;
   std::vector<char> ok(threads, 0);
-  for (int t = 0; t < threads; ++t)
+  for (size_t t = 0; t < threads; ++t)
     pool.emplace_back([&ok, t] {
       const std::string key = full + "\\W" + std::to_string(t);
       bool good = rsv_create_key(key.c_str(), M, __LINE__) == RSV_OK;
@@ -74,7 +75,7 @@ TEST_F(SystemRegistry, ThreadsWritingAtOnceLoseNothing) {
       ok[t] = good;
     });
   for (auto &th : pool) th.join();
-  for (int t = 0; t < threads; ++t) {
+  for (size_t t = 0; t < threads; ++t) {
     ASSERT_TRUE(ok[t]) << t;
     uint16_t values = 0;
     const std::string key = full + "\\W" + std::to_string(t);
