@@ -33,7 +33,7 @@ void BM_HashTblCreate100k(benchmark::State &state) {
       benchmark::DoNotOptimize(KORVOHashTblLookup(&t, k.c_str(), sizeof(Record)));
     KORVOHashTblDestroy(&t);
   }
-  state.SetItemsProcessed(state.iterations() * keys().size());
+  state.SetItemsProcessed(state.iterations() * static_cast<int64_t>(keys().size()));
 }
 BENCHMARK(BM_HashTblCreate100k)->Unit(benchmark::kMillisecond);
 
@@ -42,7 +42,7 @@ void BM_UnorderedMapCreate100k(benchmark::State &state) {
     std::unordered_map<std::string, Record> m;
     for (const auto &k : keys()) benchmark::DoNotOptimize(&m[k]);
   }
-  state.SetItemsProcessed(state.iterations() * keys().size());
+  state.SetItemsProcessed(state.iterations() * static_cast<int64_t>(keys().size()));
 }
 BENCHMARK(BM_UnorderedMapCreate100k)->Unit(benchmark::kMillisecond);
 
@@ -51,7 +51,7 @@ void BM_HashTblFind1M(benchmark::State &state) {
   KORVOHashTblInit(&t);
   for (const auto &k : keys()) KORVOHashTblLookup(&t, k.c_str(), sizeof(Record));
   for (auto _ : state) {
-    for (int i = 0; i < 1000000; ++i) {
+    for (size_t i = 0; i < 1000000; ++i) {
       benchmark::DoNotOptimize(KORVOHashTblLookup(&t, keys()[i % keys().size()].c_str(), 0));
     }
   }
@@ -64,7 +64,8 @@ void BM_UnorderedMapFind1M(benchmark::State &state) {
   std::unordered_map<std::string, Record> m;
   for (const auto &k : keys()) m[k];
   for (auto _ : state) {
-    for (int i = 0; i < 1000000; ++i) benchmark::DoNotOptimize(m.find(keys()[i % keys().size()]));
+    for (size_t i = 0; i < 1000000; ++i)
+      benchmark::DoNotOptimize(m.find(keys()[i % keys().size()]));
   }
   state.SetItemsProcessed(state.iterations() * 1000000);
 }

@@ -3,6 +3,8 @@
 // write runs in one immediate transaction.
 #include "platform/store.h"
 
+#include <optional>
+
 #include "platform/store_read_hook.h"
 #include "platform/store_rules.h"
 #include "platform/unix/store_connection.h"
@@ -150,7 +152,9 @@ int64_t count_rows(sqlite3 *db, const char *sql, int64_t key) {
 
 Status query_key(std::string_view path, uint32_t *subkeys, uint32_t *values) {
   note_read(path);
-  SnapshotScope snapshot;
+  // Only the counts need the key's row to stay as it was read.
+  std::optional<SnapshotScope> snapshot;
+  if (subkeys != nullptr || values != nullptr) snapshot.emplace();
   Status st;
   sqlite3 *db = open_for(path, Access::read, st);
   if (db == nullptr) return st;
