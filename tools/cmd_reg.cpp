@@ -211,12 +211,17 @@ int reg_export(const RegArgs &a) {
 
 int reg_tree(const RegArgs &a) {
   const ReadSnapshot snapshot;
-  if (!print_reg_tree(stdout, a.key, TreeStyle{a.depth, ""})) {
-    std::fprintf(stderr,
-                 "ERROR: The system was unable to find the specified registry key or value.\n");
-    return 1;
+  switch (print_reg_tree(stdout, a.key, TreeStyle{a.depth, ""})) {
+    case TreePrint::whole:
+      return 0;
+    case TreePrint::no_key:
+      std::fprintf(stderr,
+                   "ERROR: The system was unable to find the specified registry key or value.\n");
+      return 1;
+    case TreePrint::incomplete:
+      break;
   }
-  return 0;
+  return 1;
 }
 
 int reg_import(const RegArgs &a) {

@@ -16,13 +16,16 @@ struct TreeStyle {
 // Prints `key` (a full path, "HKLM\..." allowed), then each of its values
 // as "name (TYPE) = value" and each subkey as "name\", two blanks deeper per
 // level; values before subkeys, subkeys in name order. The default value
-// shows as "(Default)". Returns false, printing nothing, when the key does
-// not exist.
-bool print_reg_tree(std::FILE *out, const std::string &key, const TreeStyle &style = {});
+// shows as "(Default)". Prints nothing for a key that does not exist
+// (no_key). A value or listing that cannot be read is named on standard
+// error and the tree is incomplete.
+enum class TreePrint { whole, no_key, incomplete };
+TreePrint print_reg_tree(std::FILE *out, const std::string &key, const TreeStyle &style = {});
 
 // The values of `key` alone, one "name (TYPE) = value" line each after
-// `pad`; nothing for a missing key.
-void print_reg_values(std::FILE *out, const std::string &key, const std::string &pad);
+// `pad`; nothing for a missing key. False, with the unreadable values named
+// on standard error, when any could not be read.
+bool print_reg_values(std::FILE *out, const std::string &key, const std::string &pad);
 
 }  // namespace korutl_tool
 
