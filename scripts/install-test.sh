@@ -37,15 +37,7 @@ done
 [ "$(runpath "$prefix/bin/korutl")" = '$ORIGIN/../lib' ] || fail "korutl: RUNPATH $(runpath "$prefix/bin/korutl")"
 
 # Client programs, both ways a client builds.
-cc -Wall -Wextra -Werror -o app-pc "$top/tests/install/app.c" $(pkg-config --cflags --libs korutl)
-./app-pc
-cc -Wall -Wextra -Werror -o sibling-pc "$top/tests/install/sibling_app.c" \
-  $(pkg-config --cflags --libs korutl) -lkorrsv -lkorshm
-./sibling-pc
-cmake -S "$top/tests/install" -B cmake-build -G Ninja >/dev/null
-cmake --build cmake-build >/dev/null
-./cmake-build/app
-./cmake-build/sibling_app
+"$top/scripts/client-programs.sh"
 
 # The installed command, then the same prefix moved: nothing in it names
 # the folder it was installed to.

@@ -74,15 +74,7 @@ if grep -rlF "$top" unpacked; then fail "build paths in the packaged files (abov
 [ "$(command -v korutl)" = /usr/bin/korutl ]
 env -u KORVO_REGISTRY -u KORVO_LANGUAGE_PATH korutl demo --quiet
 
-cc -Wall -Wextra -Werror -o app-pc "$top/tests/install/app.c" $(pkg-config --cflags --libs korutl)
-./app-pc
-cc -Wall -Wextra -Werror -o sibling-pc "$top/tests/install/sibling_app.c" \
-  $(pkg-config --cflags --libs korutl) -lkorrsv -lkorshm
-./sibling-pc
-cmake -S "$top/tests/install" -B cmake-build -G Ninja >/dev/null
-cmake --build cmake-build >/dev/null
-./cmake-build/app
-./cmake-build/sibling_app
+"$top/scripts/client-programs.sh"
 
 "$top/scripts/readme-block.sh" example-program "$top/README.md" > example.c
 (bash -euo pipefail -c "$("$top/scripts/readme-block.sh" example-build "$top/README.md")")
