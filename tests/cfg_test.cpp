@@ -21,7 +21,6 @@ namespace {
 using korutl_test::cfg_key;
 using korutl_test::cfg_path;
 using korutl_test::cfg_set;
-using korutl_test::names_of;
 using Names = std::vector<std::string>;
 
 // A result text as std::string ("(null)" for null), released.
@@ -38,22 +37,21 @@ std::string agent(const std::string &version, const std::string &instance,
   return cfg_path(versions + version + "\\Instances\\" + instance + "\\Agents\\" + name);
 }
 
-Names versions_of(const char *product) {
-  uint16_t count = 999;
-  char **list = KORVOCfgGetProductVersions(product, &count);
-  EXPECT_EQ(list == nullptr, count == 0) << product;
-  Names out = names_of(list, count);
-  KORVOCfgFreeProductVersions(list);
+// A name list as names, released; `slots` for the environment's kind.
+Names listed(char **list, const uint16_t &count, bool slots = false) {
+  EXPECT_EQ(list == nullptr, count == 0);
+  const Names out = list != nullptr ? Names(list, list + count) : Names{};
+  slots ? KORVOCfgFreeEnvironmentVars(list, count) : KORVOCfgFreeProductVersions(list);
   return out;
 }
-
-Names instances_of(const char *product, const std::string &version) {
-  uint16_t count = 999;
-  char **list = KORVOCfgGetVersionInstances(product, version.c_str(), &count);
-  EXPECT_EQ(list == nullptr, count == 0) << version;
-  Names out = names_of(list, count);
-  KORVOCfgFreeVersionInstances(list);
-  return out;
+Names versions_of(const char *product, uint16_t n = 999) {
+  return listed(KORVOCfgGetProductVersions(product, &n), n);
+}
+Names instances_of(const char *product, const std::string &version, uint16_t n = 999) {
+  return listed(KORVOCfgGetVersionInstances(product, version.c_str(), &n), n);
+}
+Names environment(const char *component, uint16_t n = 99) {
+  return listed(KORVOCfgGetEnvironmentVars(component, &n), n, true);
 }
 
 using Cfg = korutl_test::TempStore;
@@ -202,10 +200,7 @@ TEST_F(Cfg, GetValueReadsTextsUpToASixteenBitLength) {
 using Pairs = std::vector<std::pair<std::string, std::string>>;
 Pairs seen;
 
-int32_t collect(const char *name, const char *data) {
-  seen.emplace_back(name, data);
-  return 0;
-}
+int32_t collect(const char *name, const char *data) { return seen.emplace_back(name, data), 0; }
 
 Pairs enumerate(const std::string &relative) {
   seen.clear();
@@ -239,15 +234,6 @@ TEST_F(Cfg, EnumerateGivesEveryReadableValueInTheOrderItWasSet) {
   KORVOCfgEnumerate(cfg_path("K").c_str(), nullptr);
 }
 
-Names environment(const char *component) {
-  uint16_t count = 99;
-  char **vars = KORVOCfgGetEnvironmentVars(component, &count);
-  EXPECT_EQ(vars == nullptr, count == 0);
-  Names out = names_of(vars, count);
-  KORVOCfgFreeEnvironmentVars(vars, count);
-  return out;
-}
-
 TEST_F(Cfg, EnvironmentVariableNamesWithinTheirLimits) {
   cfg_set("MILayer\\Environment", "A", "1");
   cfg_set("MILayer\\Environment", "B", std::string(4000, 'x'));  // data are not read
@@ -268,28 +254,22 @@ TEST_F(Cfg, EnvironmentVariableNamesWithinTheirLimits) {
   EXPECT_EQ(environment(c256.c_str()), Names{});
 }
 
-const std::string kRoot = "HKEY_LOCAL_MACHINE\\SOFTWARE\\Vantrel\\Halcyra\\";
-const std::string kProducts = kRoot + "Products\\";
+std::string setting(const char *section, const char *name) {
+  char out[1024];
+  EXPECT_EQ(KORVOGetSetting("Halcyra", section, name, "dflt", out), 1);
+  return out;
+}
+// A value read through the registry service, "<none>" when absent.
+std::string value(const std::string &key, const char *name) {
+  char buf[256];
+  uint16_t len = sizeof buf;
+  return rsv_get_value(cfg_path(key).c_str(), name, buf, &len, "t", 1) == RSV_OK ? buf : "<none>";
+}
+bool key_exists(const std::string &key) {
+  return rsv_query_key(cfg_path(key).c_str(), nullptr, nullptr, "t", 1) == RSV_OK;
+}
 
-class Settings : public korutl_test::TempStore {
- protected:
-  static std::string setting(const char *section, const char *name) {
-    char out[1024];
-    EXPECT_EQ(KORVOGetSetting("Halcyra", section, name, "dflt", out), 1);
-    return out;
-  }
-  // A value read through the registry service, "<none>" when absent.
-  static std::string value(const std::string &key, const char *name) {
-    char buf[256];
-    uint16_t len = sizeof buf;
-    return rsv_get_value(key.c_str(), name, buf, &len, "t", __LINE__) == RSV_OK ? buf : "<none>";
-  }
-  static bool key_exists(const std::string &key) {
-    return rsv_query_key((kProducts + key).c_str(), nullptr, nullptr, "t", __LINE__) == RSV_OK;
-  }
-};
-
-TEST_F(Settings, SavedSettingsAreSeenByBothDoorsAndMissingOnesCreateNoStore) {
+TEST_F(Cfg, SavedSettingsAreSeenByBothDoorsAndMissingOnesCreateNoStore) {
   EXPECT_EQ(setting("Global", "Install_Path"), "dflt");
   char out[1024] = "junk";
   EXPECT_EQ(KORVOGetInstallPath(out), out);
@@ -301,14 +281,12 @@ TEST_F(Settings, SavedSettingsAreSeenByBothDoorsAndMissingOnesCreateNoStore) {
   ASSERT_EQ(KORVOSaveSetting("Halcyra", "MILayer", "Hostlist_Path", "/etc/hosts.hal"), 1);
   EXPECT_STREQ(KORVOGetInstallPath(out), "/opt/halcyra");
   EXPECT_STREQ(KORVOGetHostListPath(out), "/etc/hosts.hal");
-  EXPECT_EQ(value(kRoot + "Global", "install_path"), "/opt/halcyra");
-  ASSERT_EQ(rsv_create_key((kProducts + "P").c_str(), "t", __LINE__), RSV_OK);
-  ASSERT_EQ(rsv_set_value((kProducts + "P").c_str(), "Use_Strict_Version", "1", "t", __LINE__),
-            RSV_OK);
+  EXPECT_EQ(value("Global", "install_path"), "/opt/halcyra");
+  cfg_set("Products\\P", "Use_Strict_Version", "1");
   EXPECT_EQ(setting("Products\\P", "Use_Strict_Version"), "1");
 }
 
-TEST_F(Settings, OversizedPathsAndValuesAreRefused) {
+TEST_F(Cfg, OversizedSettingPathsAndValuesAreRefused) {
   const std::string long_section(1010, 's');  // "SOFTWARE\Vantrel\Halcyra\" + this > 1023
   EXPECT_EQ(KORVOSaveSetting("Halcyra", long_section.c_str(), "v", "x"), 0);
   EXPECT_EQ(setting(long_section.c_str(), "v"), "dflt");
@@ -316,10 +294,7 @@ TEST_F(Settings, OversizedPathsAndValuesAreRefused) {
   EXPECT_EQ(KORVOSaveSetting("Halcyra", "Global", "v", value_1023.c_str()), 1);
   EXPECT_EQ(setting("Global", "v"), value_1023);
   EXPECT_EQ(KORVOSaveSetting("Halcyra", "Global", "v", std::string(1024, 'v').c_str()), 0);
-  // Written longer by the other door: not seen, the default comes back.
-  ASSERT_EQ(rsv_set_value((kRoot + "Global").c_str(), "big", std::string(2000, 'b').c_str(), "t",
-                          __LINE__),
-            RSV_OK);
+  cfg_set("Global", "big", std::string(2000, 'b'));  // longer, by the other door: not seen
   EXPECT_EQ(setting("Global", "big"), "dflt");
   EXPECT_EQ(KORVOSaveSetting(nullptr, "Global", "v", "x"), 0);
   ASSERT_EQ(KORVOSaveSetting("Halcyra", "Global", "empty_saved", ""), 1);
@@ -339,29 +314,30 @@ TEST(SettingsPaths, RegModeAndLocalizedPaths) {
   EXPECT_STREQ(out, "C:\\base\\localized\\de\\m") << "refusals leave the buffer alone";
 }
 
-TEST_F(Settings, RegistrationsAddBesideEachOtherAndDeregistrationsRemoveTheKey) {
+TEST_F(Cfg, RegistrationsAddBesideEachOtherAndDeregistrationsRemoveTheKey) {
   EXPECT_EQ(KORVOCfgDeRegisterLanguageFile("P", "1.0"), 0);  // nothing registered
   EXPECT_EQ(KORVOCfgDeRegisterMessageFile("P", "1.0"), 0);
   EXPECT_EQ(KORVOCfgRegisterLanguageFile("P", "1.0", "German", "p_de.dll"), 0);
   EXPECT_EQ(KORVOCfgRegisterLanguageFile("P", "1.0", "French", "p_fr.dll"), 0);
   EXPECT_EQ(KORVOCfgRegisterMessageFile("P", "1.0", "Core", "core.msg"), 0);
-  EXPECT_EQ(value(kProducts + "P\\Versions\\1.0\\Languages", "German"), "p_de.dll");
-  EXPECT_EQ(value(kProducts + "P\\Versions\\1.0\\Languages", "French"), "p_fr.dll");
+  const std::string v1 = versions + "1.0";
+  EXPECT_EQ(value(v1 + "\\Languages", "German"), "p_de.dll");
+  EXPECT_EQ(value(v1 + "\\Languages", "French"), "p_fr.dll");
   EXPECT_EQ(KORVOCfgDeRegisterLanguageFile("P", "1.0"), 0);
-  EXPECT_FALSE(key_exists("P\\Versions\\1.0\\Languages"));
-  EXPECT_TRUE(key_exists("P\\Versions\\1.0\\EventLayerMessages"));
+  EXPECT_FALSE(key_exists(v1 + "\\Languages"));
+  EXPECT_TRUE(key_exists(v1 + "\\EventLayerMessages"));
   EXPECT_EQ(KORVOCfgDeRegisterMessageFile("P", "1.0"), 0);
-  EXPECT_FALSE(key_exists("P\\Versions\\1.0\\EventLayerMessages"));
-  EXPECT_TRUE(key_exists("P\\Versions\\1.0"));
+  EXPECT_FALSE(key_exists(v1 + "\\EventLayerMessages"));
+  EXPECT_TRUE(key_exists(v1));
   // Missing names stand for Default.
+  const std::string fallback = "Products\\Default\\Versions\\Default\\";
   EXPECT_EQ(KORVOCfgRegisterLanguageFile(nullptr, "", nullptr, "d.dll"), 0);
-  EXPECT_EQ(value(kProducts + "Default\\Versions\\Default\\Languages", "Default"), "d.dll");
+  EXPECT_EQ(value(fallback + "Languages", "Default"), "d.dll");
   EXPECT_EQ(KORVOCfgRegisterMessageFile("", nullptr, "", "core.msg"), 0);
-  EXPECT_EQ(value(kProducts + "Default\\Versions\\Default\\EventLayerMessages", "Default"),
-            "core.msg");
+  EXPECT_EQ(value(fallback + "EventLayerMessages", "Default"), "core.msg");
 }
 
-TEST_F(Settings, RegistrationsThatDoNotFitOrNameNoFileAreRefused) {
+TEST_F(Cfg, RegistrationsThatDoNotFitOrNameNoFileAreRefused) {
   const std::string long_product(200, 'p');
   EXPECT_EQ(KORVOCfgRegisterLanguageFile(long_product.c_str(), "1.0", "de", "x.dll"), 1);
   EXPECT_EQ(KORVOCfgRegisterMessageFile(long_product.c_str(), "1.0", "m", "x.msg"), 1);
@@ -370,7 +346,7 @@ TEST_F(Settings, RegistrationsThatDoNotFitOrNameNoFileAreRefused) {
   EXPECT_EQ(KORVOCfgAuthorizationToBeChecked(long_product.c_str()), 0);
   EXPECT_EQ(KORVOCfgRegisterLanguageFile("P", "1.0", "de", nullptr), 1);
   EXPECT_EQ(KORVOCfgRegisterMessageFile("P", "1.0", "m", nullptr), 1);
-  EXPECT_FALSE(key_exists("P"));
+  EXPECT_FALSE(key_exists("Products\\P"));
 #if !defined(_WIN32)
   // A store file that is not a database: every query fails with a store
   // error, which only the language deregistration reports.
@@ -383,10 +359,9 @@ TEST_F(Settings, RegistrationsThatDoNotFitOrNameNoFileAreRefused) {
 #endif
 }
 
-TEST_F(Settings, UsersAreCheckedWithBackslashesReadAsSlashes) {
-  ASSERT_EQ(rsv_create_key((kProducts + "Orrery\\Users\\domain/admin").c_str(), "t", __LINE__),
-            RSV_OK);
-  ASSERT_EQ(rsv_create_key((kProducts + "Halcyra").c_str(), "t", __LINE__), RSV_OK);
+TEST_F(Cfg, UsersAreCheckedWithBackslashesReadAsSlashes) {
+  cfg_key("Products\\Orrery\\Users\\domain/admin");
+  cfg_key("Products\\Halcyra");
   EXPECT_EQ(KORVOCfgAuthorizationToBeChecked("orrery"), 1);
   for (const char *open : {"Halcyra", "", static_cast<const char *>(nullptr)})
     EXPECT_EQ(KORVOCfgAuthorizationToBeChecked(open), 0);

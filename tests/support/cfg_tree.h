@@ -6,7 +6,6 @@
 #include <gtest/gtest.h>
 
 #include <string>
-#include <vector>
 
 #include "siblings/rsv/rsv.h"
 
@@ -27,13 +26,6 @@ inline void cfg_set(const std::string &relative, const std::string &name, const 
   cfg_key(relative);
   ASSERT_EQ(rsv_set_value(cfg_path(relative).c_str(), name.c_str(), text.c_str(), "test", __LINE__),
             RSV_OK);
-}
-
-// The first `count` names of a name list, in its order.
-inline std::vector<std::string> names_of(char **list, unsigned count) {
-  std::vector<std::string> out;
-  for (unsigned i = 0; list != nullptr && i < count; ++i) out.emplace_back(list[i]);
-  return out;
 }
 
 }  // namespace korutl_test
