@@ -296,6 +296,7 @@ TEST_F(Cfg, OversizedSettingPathsAndValuesAreRefused) {
   EXPECT_EQ(KORVOSaveSetting("Halcyra", "Global", "v", std::string(1024, 'v').c_str()), 0);
   cfg_set("Global", "big", std::string(2000, 'b'));  // longer, by the other door: not seen
   EXPECT_EQ(setting("Global", "big"), "dflt");
+  EXPECT_EQ(setting("Global", "missing"), "dflt");
   EXPECT_EQ(KORVOSaveSetting(nullptr, "Global", "v", "x"), 0);
   ASSERT_EQ(KORVOSaveSetting("Halcyra", "Global", "empty_saved", ""), 1);
   EXPECT_EQ(setting("Global", "empty_saved"), "");  // size 1: the stored empty text

@@ -73,15 +73,13 @@ TEST_F(Stack, PositionalRules) {
 }
 
 TEST(StackHandles, NullHandlesFailCleanly) {
-  EXPECT_EQ(KORVOStackInit(nullptr), -2);
-  EXPECT_EQ(KORVOStackFinite(nullptr), -2);
-  EXPECT_EQ(KORVOStackPush(nullptr, 1), -2);
-  EXPECT_EQ(KORVOStackAppend(nullptr, 1), -2);
-  EXPECT_EQ(KORVOStackInsertNth(nullptr, 0, 1), -2);
-  EXPECT_EQ(KORVOStackPop(nullptr), 0);
-  EXPECT_EQ(KORVOStackLength(nullptr), 0);
-  EXPECT_EQ(KORVOStackGetNth(nullptr, 0), 0);
-  EXPECT_EQ(KORVOStackDeleteNth(nullptr, 0), 0);
+  EXPECT_EQ((std::vector<int32_t>{KORVOStackInit(nullptr), KORVOStackFinite(nullptr),
+                                  KORVOStackPush(nullptr, 1), KORVOStackAppend(nullptr, 1),
+                                  KORVOStackInsertNth(nullptr, 0, 1)}),
+            std::vector<int32_t>(5, -2));
+  EXPECT_EQ((V{KORVOStackPop(nullptr), KORVOStackLength(nullptr), KORVOStackGetNth(nullptr, 0),
+               KORVOStackDeleteNth(nullptr, 0)}),
+            V(4, 0));
 }
 
 // Threads push, pop and walk one stack at once; every value pushed is
@@ -90,19 +88,17 @@ TEST_F(Stack, ThreadsLoseAndDuplicateNothing) {
   constexpr int kThreads = 4, kPerThread = 2000;
   std::vector<V> popped(kThreads);
   std::vector<std::thread> threads;
-  for (int t = 0; t < kThreads; ++t) {
+  for (int t = 0; t < kThreads; ++t)
     threads.emplace_back([this, t, &popped] {
       for (int i = 0; i < kPerThread; ++i) {
         const intptr_t v = t * kPerThread + i + 1;
         (i % 2 == 0 ? KORVOStackPush : KORVOStackAppend)(stack_, v);
         KORVOStackLength(stack_);
         KORVOStackGetNth(stack_, i % 7);
-        if (i % 3 == 0) {
-          if (intptr_t got = KORVOStackPop(stack_)) popped[static_cast<size_t>(t)].push_back(got);
-        }
+        if (intptr_t got = i % 3 == 0 ? KORVOStackPop(stack_) : 0)
+          popped[static_cast<size_t>(t)].push_back(got);
       }
     });
-  }
   for (auto &th : threads) th.join();
   V all;
   for (auto &p : popped) all.insert(all.end(), p.begin(), p.end());
@@ -185,7 +181,7 @@ TEST(SpinLock, ExcludesOtherThreads) {
   ASSERT_EQ(shm_spin_alloc(&lock, 0, -1, 0, "test", __LINE__), SHM_OK);
   long counter = 0;  // plain: only the lock orders the increments
   std::thread threads[3];
-  for (auto &t : threads) {
+  for (auto &t : threads)
     t = std::thread([&] {
       for (int i = 0; i < 20000; ++i) {
         shm_spin_lock(lock, 0, "test", __LINE__);
@@ -193,7 +189,6 @@ TEST(SpinLock, ExcludesOtherThreads) {
         shm_spin_unlock(lock, "test", __LINE__);
       }
     });
-  }
   for (auto &t : threads) t.join();
   EXPECT_EQ(counter, 60000);
   EXPECT_EQ(shm_spin_free(lock, "test", __LINE__), SHM_OK);

@@ -9,7 +9,6 @@
 #endif
 
 #include <clocale>
-#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
