@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <iterator>
 #include <sstream>
 #include <string>
 
@@ -32,13 +33,10 @@ class Tool : public korutl_test::ToolStore {
   std::string expect(const std::string &line, int status, const char *out = nullptr,
                      const std::string &in = "") {
     std::istringstream split(line);
-    std::vector<std::string> args;
-    for (std::string word; split >> word;) args.push_back(word);
+    const std::vector<std::string> args{std::istream_iterator<std::string>(split), {}};
     const auto r = run_tool(args, in.empty() ? "" : input("in", in));
     EXPECT_EQ(r.status, status) << line << "\n" << r.out;
-    if (out != nullptr) {
-      EXPECT_EQ(r.out, out) << line;
-    }
+    EXPECT_EQ(r.out, out != nullptr ? out : r.out) << line;
     return r.out;
   }
 };
