@@ -16,15 +16,16 @@ namespace {
 
 // Runs one conversion over all of `in` into a target of `room` units.
 template <typename To>
-struct Run {
+struct Converted {
   int32_t result;
   std::vector<To> out;
   size_t consumed;
+  bool operator==(const Converted &) const = default;
 };
 
 template <typename From, typename To>
-Run<To> run(int32_t (*fn)(const From **, const From *, To **, To *), const std::vector<From> &in,
-            size_t room = 64) {
+Converted<To> run(int32_t (*fn)(const From **, const From *, To **, To *),
+                  const std::vector<From> &in, size_t room = 64) {
   std::vector<To> target(room + 1, To{0x5A});
   const From *s = in.data();
   To *t = target.data();
@@ -64,19 +65,17 @@ TEST(UtfConversions, KnownAnswers) {
 // A cut sequence at the end of the source is left for the next call; a
 // character that does not fit the target is not begun.
 TEST(UtfConversions, WhereConversionsStop) {
-  const auto cut = run(KORVOConvertUTF8toUTF16, U8{0x41, 0xE2, 0x82});
-  EXPECT_EQ(cut.result, CONV_SOURCE_EXHAUSTED);
-  EXPECT_EQ(cut.out, U16{0x41});
-  EXPECT_EQ(cut.consumed, 1u);
-  const auto pair = run(KORVOConvertUCS4toUTF16, U32{0x1F600}, 1);
-  EXPECT_EQ(pair.result, CONV_TARGET_EXHAUSTED);
-  EXPECT_EQ(pair.consumed, 0u);
+  EXPECT_EQ(run(KORVOConvertUTF8toUTF16, U8{0x41, 0xE2, 0x82}),
+            (Converted<uint16_t>{CONV_SOURCE_EXHAUSTED, {0x41}, 1}));
+  EXPECT_EQ(run(KORVOConvertUCS4toUTF16, U32{0x1F600}, 1),
+            (Converted<uint16_t>{CONV_TARGET_EXHAUSTED, {}, 0}));
 }
 
 struct Encoded {
   int32_t result;
   std::string text;
   size_t consumed;
+  bool operator==(const Encoded &) const = default;
 };
 
 Encoded encode(const std::u16string &in, bool optional_direct, bool close, size_t room = 256) {
@@ -90,7 +89,7 @@ Encoded encode(const std::u16string &in, bool optional_direct, bool close, size_
           static_cast<size_t>(src - reinterpret_cast<const uint16_t *>(in.data()))};
 }
 
-Run<uint16_t> decode(const std::string &in, size_t room = 256) {
+Converted<uint16_t> decode(const std::string &in, size_t room = 256) {
   return run(KORVOConvertUTF7toUCS2, std::vector<uint8_t>(in.begin(), in.end()), room);
 }
 
@@ -122,18 +121,12 @@ TEST(Utf7, KnownAnswers) {
 // The fuzz target sizes its targets for the worst case; here they run out.
 TEST(Utf7, TargetExhaustedAndNullPointers) {
   // Encoder: room for "a+" only; '-' of the plus sign does not fit.
-  Encoded e = encode(u"a+b", false, false, 2);
-  EXPECT_EQ(e.result, CONV_TARGET_EXHAUSTED);
-  EXPECT_EQ(e.text, "a+");
-  EXPECT_EQ(e.consumed, 2u);
+  EXPECT_EQ(encode(u"a+b", false, false, 2), (Encoded{CONV_TARGET_EXHAUSTED, "a+", 2}));
   // Inside a run: "+AO" fits, the last sextet of U+00E9 does not; closing
   // the run needs room for the hyphen before 'a'.
   EXPECT_EQ(encode(u"\u00e9", false, false, 3).text, "+AO");
   EXPECT_EQ(encode(u"\u00e9a", false, false, 4).text, "+AOk");
-  const auto d = decode("abc", 2);
-  EXPECT_EQ(d.result, CONV_TARGET_EXHAUSTED);
-  EXPECT_EQ(d.out, units(u"ab"));
-  EXPECT_EQ(d.consumed, 3u);
+  EXPECT_EQ(decode("abc", 2), (Converted<uint16_t>{CONV_TARGET_EXHAUSTED, units(u"ab"), 3}));
   // Exhaustion wins over an earlier malformed byte.
   EXPECT_EQ(decode("\xe9xyz", 2).result, CONV_TARGET_EXHAUSTED);
   EXPECT_EQ(decode("+-", 0).result, CONV_TARGET_EXHAUSTED);
