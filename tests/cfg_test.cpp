@@ -143,7 +143,7 @@ TEST_F(Cfg, AgentsAreLocatedAndTheirValuesFallBackToTheVersion) {
   EXPECT_EQ(take(KORVOCfgGetProductConfig(std::string(300, 'p').c_str(), "Owner")), "(null)");
 }
 
-TEST_F(Cfg, LatestValueIsFoundInTheGreatestVersionHoldingIt) {
+TEST_F(Cfg, LatestValueIsFoundInTheGreatestVersionHoldingItWithin767) {
   cfg_set(versions + "2.2.1\\Languages", "German", "de.dll");
   cfg_set(versions + "2.10\\Languages", "English", "en.dll");
   cfg_set(versions + "2.2.1\\Languages", "English", "en.dll");
@@ -166,9 +166,6 @@ TEST_F(Cfg, LatestValueIsFoundInTheGreatestVersionHoldingIt) {
     EXPECT_EQ(take(KORVOCfgGetProductVersionLatestValue("P", nullptr, "Beta")) == "(null)", i < 3)
         << settings[i];
   }
-}
-
-TEST_F(Cfg, LatestValuePathsBeyond767CharactersAreRefused) {
   // Product and version keep the versions listing within 255 characters;
   // the subkey carries the latest-value path past 767.
   const std::string base = cfg_path(versions + "3\\");
@@ -269,7 +266,7 @@ bool key_exists(const std::string &key) {
   return rsv_query_key(cfg_path(key).c_str(), nullptr, nullptr, "t", 1) == RSV_OK;
 }
 
-TEST_F(Cfg, SavedSettingsAreSeenByBothDoorsAndMissingOnesCreateNoStore) {
+TEST_F(Cfg, SettingsAreSeenByBothDoorsWithinTheirSizesMissingOnesCreateNoStore) {
   EXPECT_EQ(setting("Global", "Install_Path"), "dflt");
   char out[1024] = "junk";
   EXPECT_EQ(KORVOGetInstallPath(out), out);
@@ -284,9 +281,6 @@ TEST_F(Cfg, SavedSettingsAreSeenByBothDoorsAndMissingOnesCreateNoStore) {
   EXPECT_EQ(value("Global", "install_path"), "/opt/halcyra");
   cfg_set("Products\\P", "Use_Strict_Version", "1");
   EXPECT_EQ(setting("Products\\P", "Use_Strict_Version"), "1");
-}
-
-TEST_F(Cfg, OversizedSettingPathsAndValuesAreRefused) {
   const std::string long_section(1010, 's');  // "SOFTWARE\Vantrel\Halcyra\" + this > 1023
   EXPECT_EQ(KORVOSaveSetting("Halcyra", long_section.c_str(), "v", "x"), 0);
   EXPECT_EQ(setting(long_section.c_str(), "v"), "dflt");
@@ -302,20 +296,18 @@ TEST_F(Cfg, OversizedSettingPathsAndValuesAreRefused) {
   EXPECT_EQ(setting("Global", "empty_saved"), "");  // size 1: the stored empty text
 }
 
-TEST(SettingsPaths, RegModeAndLocalizedPaths) {
-  char out[64] = "abc";
-  EXPECT_EQ(KORVOGetRegMode(out), 1);
-  EXPECT_EQ(out[0], '\0');
-  EXPECT_EQ(KORVOGetRegMode(nullptr), 1);
+// Composing into the caller's buffer; with a language, the allocation
+// sweep's case.
+TEST(SettingsPaths, LocalizedPaths) {
+  char out[64];
   EXPECT_STREQ(KORVOMakeLocalizedPath(out, "C:\\base", 0, nullptr, "msg.txt"), "C:\\base\\msg.txt");
   EXPECT_STREQ(KORVOMakeLocalizedPath(out, "C:\\base", 1, nullptr, "msg.txt"), "C:\\basemsg.txt");
-  EXPECT_STREQ(KORVOMakeLocalizedPath(out, "C:\\base", 0, "de", "m"), "C:\\base\\localized\\de\\m");
   EXPECT_EQ(KORVOMakeLocalizedPath(out, "C:\\base", 0, nullptr, nullptr), nullptr);
   EXPECT_EQ(KORVOMakeLocalizedPath(out, nullptr, 0, nullptr, "f"), nullptr);
-  EXPECT_STREQ(out, "C:\\base\\localized\\de\\m") << "refusals leave the buffer alone";
+  EXPECT_STREQ(out, "C:\\basemsg.txt") << "refusals leave the buffer alone";
 }
 
-TEST_F(Cfg, RegistrationsAddBesideEachOtherAndDeregistrationsRemoveTheKey) {
+TEST_F(Cfg, RegistrationsAddDeregistrationsRemoveTheKeyOverlongOnesAreRefused) {
   EXPECT_EQ(KORVOCfgDeRegisterLanguageFile("P", "1.0"), 0);  // nothing registered
   EXPECT_EQ(KORVOCfgDeRegisterMessageFile("P", "1.0"), 0);
   EXPECT_EQ(KORVOCfgRegisterLanguageFile("P", "1.0", "German", "p_de.dll"), 0);
@@ -336,18 +328,15 @@ TEST_F(Cfg, RegistrationsAddBesideEachOtherAndDeregistrationsRemoveTheKey) {
   EXPECT_EQ(value(fallback + "Languages", "Default"), "d.dll");
   EXPECT_EQ(KORVOCfgRegisterMessageFile("", nullptr, "", "core.msg"), 0);
   EXPECT_EQ(value(fallback + "EventLayerMessages", "Default"), "core.msg");
-}
-
-TEST_F(Cfg, RegistrationsThatDoNotFitOrNameNoFileAreRefused) {
   const std::string long_product(200, 'p');
   EXPECT_EQ(KORVOCfgRegisterLanguageFile(long_product.c_str(), "1.0", "de", "x.dll"), 1);
   EXPECT_EQ(KORVOCfgRegisterMessageFile(long_product.c_str(), "1.0", "m", "x.msg"), 1);
   EXPECT_EQ(KORVOCfgDeRegisterLanguageFile(long_product.c_str(), "1.0"), 1);
   EXPECT_EQ(KORVOCfgDeRegisterMessageFile(long_product.c_str(), "1.0"), 1);
   EXPECT_EQ(KORVOCfgAuthorizationToBeChecked(long_product.c_str()), 0);
-  EXPECT_EQ(KORVOCfgRegisterLanguageFile("P", "1.0", "de", nullptr), 1);
-  EXPECT_EQ(KORVOCfgRegisterMessageFile("P", "1.0", "m", nullptr), 1);
-  EXPECT_FALSE(key_exists("Products\\P"));
+  EXPECT_EQ(KORVOCfgRegisterLanguageFile("Q", "1.0", "de", nullptr), 1);
+  EXPECT_EQ(KORVOCfgRegisterMessageFile("Q", "1.0", "m", nullptr), 1);
+  EXPECT_FALSE(key_exists("Products\\Q"));
 #if !defined(_WIN32)
   // A store file that is not a database: every query fails with a store
   // error, which only the language deregistration reports.
