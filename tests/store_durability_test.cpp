@@ -241,9 +241,7 @@ TEST_F(DurabilityTest, DamagedPagesFailAListingInsteadOfShorteningIt) {
   sqlite3_exec(db, "PRAGMA wal_checkpoint(TRUNCATE)", nullptr, nullptr, nullptr);
   sqlite3_close(db);
   std::fstream f(file(), std::ios::binary | std::ios::in | std::ios::out);
-  f.seekg(0, std::ios::end);
-  const auto size = static_cast<long>(f.tellg());
-  f.seekp(size / 2 / 4096 * 4096);
+  f.seekp(static_cast<long>(std::filesystem::file_size(file()) / 2 / 4096 * 4096));
   std::mt19937 random(7);
   for (int i = 0; i < 4096; ++i) f.put(static_cast<char>(random()));
   f.close();
