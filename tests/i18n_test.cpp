@@ -129,16 +129,17 @@ const std::string kFixedNotFound =
 
 class I18n : public korutl_test::LanguageStore {
  protected:
-  // Registers "product version language file" entries, separated by ';'.
+  // Builds the tree from "product version language file" registrations and
+  // "setting section name value" settings, separated by ';'.
   static void reg(const std::string &entries) {
     std::istringstream in(entries);
-    for (std::string p, v, l, f; in >> p >> v >> l >> f;) {
-      if (f.back() == ';') f.pop_back();
-      ASSERT_EQ(KORVOCfgRegisterLanguageFile(p.c_str(), v.c_str(), l.c_str(), f.c_str()), 0);
+    for (std::string a, b, c, d; in >> a >> b >> c >> d;) {
+      if (d.back() == ';') d.pop_back();
+      ASSERT_TRUE(a == "setting" ? KORVOSaveSetting("Halcyra", b.c_str(), c.c_str(), d.c_str()) == 1
+                                 : KORVOCfgRegisterLanguageFile(a.c_str(), b.c_str(), c.c_str(),
+                                                                d.c_str()) == 0)
+          << a << " " << b;
     }
-  }
-  static void setting(const char *section, const char *name, const char *value) {
-    ASSERT_EQ(KORVOSaveSetting("Halcyra", section, name, value), 1);
   }
   std::string p20(const char *language, const char *key = "ORR_LANGUAGE") {
     return text("\\localhost\\P\\2.0", language, key);
@@ -153,27 +154,27 @@ TEST_F(I18n, EachStepOfTheChainFindsItsLibrary) {
                   "name (English under Wine), which the cases assume absent";
 #endif
   struct {
-    const char *step, *tree, *setting, *language;
+    const char *step, *tree, *language;
     std::string expected;
   } cases[] = {
-      {"a: exact version", "P 2.0 German orr_de.dll; P 3.0 German orr_fr.dll", nullptr, "German",
-       "Deutsch"},
+      {"a: exact version", "P 2.0 German orr_de.dll; P 3.0 German orr_fr.dll", "German", "Deutsch"},
       {"b: highest version in numeric order", "P 2.9 German orr_fr.dll; P 2.10 German orr_de.dll",
-       nullptr, "German", "Deutsch"},
-      {"b: not with Use_Strict_Version", "P 3.0 German orr_de.dll; Halcyra 2.2.1 German hal_de.dll",
-       "Products\\P Use_Strict_Version 1", "German", kGermanNotFound},
-      {"c: Default language", "P 2.0 Default orr_en.dll", nullptr, "German", "English"},
+       "German", "Deutsch"},
+      {"b: not with Use_Strict_Version",
+       "P 3.0 German orr_de.dll; Halcyra 2.2.1 German hal_de.dll; "
+       "setting Products\\P Use_Strict_Version 1",
+       "German", kGermanNotFound},
+      {"c: Default language", "P 2.0 Default orr_en.dll", "German", "English"},
       {"c: Default in the version b settled on",
-       "P 3.0 Default orr_fr.dll; P 1.0 German orr_de.dll", nullptr, "German", "Français"},
-      {"d: current locale, C.UTF-8 as C-UTF-8, C-UTF, then C", "P 2.0 C orr_fr.dll", nullptr,
-       "German", "Français"},
-      {"e: library named after the language", "", nullptr, "orr_de", "Deutsch"},
-      {"f: global language", "P 2.0 French orr_fr.dll", "Global Language French", "German",
+       "P 3.0 Default orr_fr.dll; P 1.0 German orr_de.dll", "German", "Français"},
+      {"d: current locale, C.UTF-8 as C-UTF-8, C-UTF, then C", "P 2.0 C orr_fr.dll", "German",
+       "Français"},
+      {"e: library named after the language", "", "orr_de", "Deutsch"},
+      {"f: global language", "P 2.0 French orr_fr.dll; setting Global Language French", "German",
        "Français"},
       {"not found: Halcyra's text in the requested language",
-       "Halcyra 2.2.1 German hal_de.dll; P 2.0 English orr_en.dll", nullptr, "German",
-       kGermanNotFound},
-      {"not found anywhere", "", nullptr, "German", kFixedNotFound},
+       "Halcyra 2.2.1 German hal_de.dll; P 2.0 English orr_en.dll", "German", kGermanNotFound},
+      {"not found anywhere", "", "German", kFixedNotFound},
   };
   setenv("LC_ALL", "C.UTF-8", 1);
   for (const auto &c : cases) {
@@ -181,9 +182,6 @@ TEST_F(I18n, EachStepOfTheChainFindsItsLibrary) {
     TearDown();
     SetUp();
     reg(c.tree);
-    std::istringstream words(c.setting != nullptr ? c.setting : "");
-    std::string section, name, value;
-    if (words >> section >> name >> value) setting(section.c_str(), name.c_str(), value.c_str());
     EXPECT_EQ(p20(c.language), c.expected);
   }
   unsetenv("LC_ALL");
@@ -220,7 +218,7 @@ TEST_F(I18n, NullTextsAndOwnTextsInTheGlobalLanguage) {
   reg("Halcyra 2.2.1 English hal_en.dll; Halcyra 2.2.1 French hal_fr.dll; Halcyra 2.2.1 Default "
       "hal_de.dll");
   EXPECT_STREQ(KORVOLoadI18NString(nullptr, "HAL_LANGUAGE"), "Deutsch");
-  setting("Global", "Language", "French");
+  reg("setting Global Language French");
   EXPECT_STREQ(KORVOLoadI18NString("", "HAL_LANGUAGE"), "Français");
   EXPECT_STREQ(KORVOLoadI18NString("English", "HAL_LANGUAGE"), "English");
   KORVOFiniteI18NStrings();  // a later call starts a new cache
