@@ -60,13 +60,12 @@ class TempStore : public ::testing::Test {
   bool store_exists() const {
 #if defined(_WIN32)
     HKEY key = nullptr;
-    DWORD subkeys = 0;
-    if (RegOpenKeyExA(HKEY_CURRENT_USER, scratch_.c_str(), 0, KEY_READ, &key) != ERROR_SUCCESS)
-      return false;
-    RegQueryInfoKeyA(key, nullptr, nullptr, nullptr, &subkeys, nullptr, nullptr, nullptr, nullptr,
-                     nullptr, nullptr, nullptr);
-    RegCloseKey(key);
-    return subkeys > 0;
+    char name[256];
+    const bool any =
+        RegOpenKeyExA(HKEY_CURRENT_USER, scratch_.c_str(), 0, KEY_READ, &key) == ERROR_SUCCESS &&
+        RegEnumKeyA(key, 0, name, sizeof name) == ERROR_SUCCESS;
+    RegCloseKey(key);  // a key that never opened is refused, nothing more
+    return any;
 #else
     return std::filesystem::exists(file_);
 #endif
