@@ -64,7 +64,7 @@ TEST(CodePage, ConvertsBothWaysAndRefusesInsteadOfOverflowing) {
 // The record converts between UTF-8 and the local code set: on Windows
 // the ANSI code page, whatever the C locale (1252 under an English
 // system); on Linux that of the locale, US-ASCII (20127) for "C".
-TEST(CodePage, RecordConvertsWithTheLocalCodeSet) {
+TEST(CodePage, RecordConvertsWithTheLocalCodeSetUnknownSettingsAndCleanup) {
 #if defined(_WIN32)
   if (GetACP() != 1252) GTEST_SKIP() << "expectations are for code page 1252, this is " << GetACP();
   const char *local = "\xFC";
@@ -86,10 +86,8 @@ TEST(CodePage, RecordConvertsWithTheLocalCodeSet) {
   cpx_term();
   std::setlocale(LC_ALL, "C");
   unsetenv("LC_ALL");
-}
-
-// Good and bad object folders are tested through the registry start below.
-TEST(CodePage, UnknownSettingsAndCleanup) {
+  // Unknown settings start nothing; cleanup ends the library. Good and bad
+  // object folders: the registry start below.
   const char *const unknown[] = {"COLOUR=blue", nullptr};
   int32_t h = 0;
   EXPECT_EQ(cpx_init_ex(unknown), CPX_E_SETTING);

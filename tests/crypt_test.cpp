@@ -95,7 +95,7 @@ TEST(SaferCrypt, ModeAndKeyEquivalences) {
   EXPECT_EQ(first_block(safer(0, other, "k").out), first_block(safer(0, plain, "k").out));
 }
 
-TEST(SaferCrypt, RefusedInputs) {
+TEST(SaferCrypt, RefusedInputsAndLengthBlocks) {
   // Key texts with code 127; ciphertexts not a whole number of blocks, or
   // less than two; 8192 bytes or more either way.
   const std::tuple<int32_t, size_t, const char *> cases[] = {
@@ -110,13 +110,10 @@ TEST(SaferCrypt, RefusedInputs) {
   EXPECT_EQ(KORVOSaferCrypt(0, out, 8, out, &len, nullptr), 0);
   EXPECT_EQ(KORVOSaferCrypt(0, nullptr, 8, out, &len, "k"), 0);
   EXPECT_EQ(KORVOSaferCrypt(0, out, 8, nullptr, &len, "k"), 0);
-}
-
-// Ciphertexts whose length block decodes to a bad bit count: a one-block
-// ciphertext is the encrypted length block of an empty plaintext, so
-// encrypting chosen 8 bytes as data and keeping the first block makes one.
-// Only 0 is good: not a multiple of 8, not 0 for one block, not 2^35 or more.
-TEST(SaferCrypt, LengthBlockChecks) {
+  // Ciphertexts whose length block decodes to a bad bit count: a one-block
+  // ciphertext is the encrypted length block of an empty plaintext, so
+  // encrypting chosen 8 bytes as data and keeping the first block makes one.
+  // Only 0 is good: not a multiple of 8, not 0 for one block, not 2^35 or more.
   for (const char *length_block :
        {"0000000000000000", "0100000000000000", "0800000000000000", "0000000008000000"}) {
     const Result r = safer(1, first_block(safer(0, hex(length_block), "k").out), "k");

@@ -83,7 +83,7 @@ TEST_F(Oss, ResolvesNames) {
   }
 }
 
-TEST_F(Oss, FailuresAreTracedWithPositionAndReason) {
+TEST_F(Oss, FailuresAreTracedAndALocaleNameThatDoesNotFitIsEmpty) {
   intptr_t handle = 0;
   EXPECT_EQ(oss_load_library("no-such-library.dll", &handle, "I18N/korstrng", 42), OSS_E_NOT_FOUND);
   ASSERT_EQ(trace_lines.size(), 1u);
@@ -107,11 +107,8 @@ TEST_F(Oss, FailuresAreTracedWithPositionAndReason) {
   EXPECT_EQ(trace_lines[0].find("No such file"), std::string::npos) << trace_lines[0];
   std::filesystem::remove_all(dir);
 #endif
-}
-
-// The locale's name is read by the current-locale step of the localised
-// texts' chain (below); a name that does not fit leaves the area empty.
-TEST_F(Oss, LocaleNameThatDoesNotFit) {
+  // The locale's name is read by the current-locale step of the localised
+  // texts' chain (below); a name that does not fit leaves the area empty.
   setenv("LC_ALL", "C.UTF-8", 1);
   EXPECT_EQ(oss_setlocale(0, 0, "test", 1), OSS_OK);
   char tiny[2] = "x";
@@ -190,7 +187,7 @@ TEST_F(I18n, EachStepOfTheChainFindsItsLibrary) {
 
 // Language names are mapped and shortened; the library gets the identifier
 // as passed and the requested language.
-TEST_F(I18n, LanguageNamesAndWhatTheLibraryIsAsked) {
+TEST_F(I18n, LanguageNamesWhatTheLibraryIsAskedNullTextsAndOwnTexts) {
   // "en_US" is never asked for under that name.
   reg("P 2.0 en orr_en.dll; P 2.0 en_US orr_de.dll; P 2.0 fr-CA orr_fr.dll");
   EXPECT_EQ(p20("en_US.ISO8859-1"), "English");
@@ -208,9 +205,6 @@ TEST_F(I18n, LanguageNamesAndWhatTheLibraryIsAsked) {
   ASSERT_EQ(rsv_create_key(key.c_str(), "t", __LINE__), RSV_OK);
   ASSERT_EQ(rsv_set_value(key.c_str(), "de", "lang_echo.dll", "t", __LINE__), RSV_OK);
   EXPECT_EQ(text("\\h\\P\\1.0\\i1\\sub", "de", "K"), "\\h\\P\\1.0\\i1\\sub|de|K");
-}
-
-TEST_F(I18n, NullTextsAndOwnTextsInTheGlobalLanguage) {
   reg("P 2.0 German orr_de.dll; P 2.0 Default orr_en.dll");
   EXPECT_EQ(p20("German", "NO_SUCH_KEY"), "<null>");  // the library's null is the result
   EXPECT_EQ(KORVOLoadI18NStringEx(cache_, "\\h\\P\\2.0", "German", nullptr), nullptr);

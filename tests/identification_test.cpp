@@ -12,9 +12,14 @@
 
 namespace {
 
+// `text` zero-padded to `width` bytes, as the block stores it.
+std::string padded(const std::string &text, size_t width) {
+  return text + std::string(width - text.size(), '\0');
+}
+
 // Name, full version, release and file name are what `korutl version`
 // prints (tool_test.cpp).
-TEST(Identification, Functions) {
+TEST(Identification, FunctionsAndStampBlockInTheLibraryFile) {
   EXPECT_STREQ(KORVOUtlGetLibVersion(), "2.2.1");
   EXPECT_EQ(KORVOUtlGetLibPatchLevel(), 3);
   EXPECT_EQ(KORVOUtlGetLibFileOS(), 2);
@@ -27,14 +32,6 @@ TEST(Identification, Functions) {
   EXPECT_EQ(KORVOUtlGetLibFullVersion(buffer), buffer);
   EXPECT_EQ(std::memcmp(buffer, "2.2.1.3\0xxxxxxxx", 16), 0);
   EXPECT_EQ(KORVOUtlGetLibFullVersion(nullptr), nullptr);
-}
-
-// `text` zero-padded to `width` bytes, as the block stores it.
-std::string padded(const std::string &text, size_t width) {
-  return text + std::string(width - text.size(), '\0');
-}
-
-TEST(Identification, StampBlockInTheLibraryFile) {
   std::ifstream in(KORUTL_LIBRARY_FILE, std::ios::binary);
   const std::string file{std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
   // The first hit is the loaded data; debug information may repeat it.

@@ -36,7 +36,7 @@ TEST(Digits, KnownValues) {
   }
 }
 
-TEST(Strings, TrimHostNamesQuotingAndMarkup) {
+TEST(Strings, TrimHostNamesQuotingIntoEitherBufferAndMarkup) {
   for (const auto &[in, out] :
        {std::pair{"  a b  ", "a b"}, {"\tx\t", "\tx\t"}}) {  // only spaces go
     std::string text = in;
@@ -61,9 +61,6 @@ TEST(Strings, TrimHostNamesQuotingAndMarkup) {
   EXPECT_EQ(KORVOStrGetEscapedXMLString(nullptr), nullptr);
   EXPECT_EQ(KORVOStrMatchesPattern(nullptr, "*", 0), 0);
   EXPECT_EQ(KORVOStrMatchesPattern("a", nullptr, 0), 0);
-}
-
-TEST(Strings, QuotingIntoACallerBufferCutsButAlwaysCloses) {
   char buf[9];
   std::memset(buf, 'Z', sizeof buf);
   EXPECT_EQ(KORVOStrGetQuotedJSString("abcdefgh", buf, 8), buf);
@@ -138,7 +135,7 @@ std::string parts(const KORVOObjectId *id) {
   return out;
 }
 
-TEST(ObjectId, ParsingAccessorsAndLimits) {
+TEST(ObjectId, ParsingAccessorsLimitsParentAndCompare) {
   // Text, parts, canonical text: no empty part and no word lost.
   const char *cases[][3] = {
       {"localhost\\Halcyra\\2.2.1.3\\", "localhost|Halcyra|2.2.1.3|",
@@ -168,9 +165,6 @@ TEST(ObjectId, ParsingAccessorsAndLimits) {
   EXPECT_FALSE(Id(KORVOStrCreateObjectId("\\h", P10, P10, P10, P10, P10, P10, P10, P10, P10, P10,
                                          "p", nullptr)));
 #undef P10
-}
-
-TEST(ObjectId, ParentCompareAndNullArguments) {
   const Id root(KORVOGetParentObjectId(Id(KORVOStrCreateObjectId("\\localhost", nullptr)).get()));
   EXPECT_EQ(KORVOStrGetNumberOfParts(root.get()), 0);
   EXPECT_EQ(KORVOGetParentObjectId(root.get()), nullptr);

@@ -38,7 +38,7 @@ using U8 = std::vector<uint8_t>;
 using U16 = std::vector<uint16_t>;
 using U32 = std::vector<uint32_t>;
 
-TEST(UtfConversions, KnownAnswers) {
+TEST(UtfConversions, KnownAnswersAndWhereConversionsStop) {
   EXPECT_EQ(run(KORVOConvertUTF16toUTF8, U16{0xD83D, 0xDE00}).out, (U8{0xF0, 0x9F, 0x98, 0x80}));
   EXPECT_EQ(run(KORVOConvertUCS4toUTF16, U32{0x1F600}).out, (U16{0xD83D, 0xDE00}));
   // The UCS-4 encoder joins a pair given as two units; lone and reversed
@@ -60,11 +60,8 @@ TEST(UtfConversions, KnownAnswers) {
   EXPECT_EQ(run(KORVOConvertUTF8toUTF16, U8{0xC3, 0x41}).out, U16{0x81});
   EXPECT_EQ(run(KORVOConvertUTF8toUTF16, U8{0xC0, 0x80}).out, U16{0});
   EXPECT_EQ(run(KORVOConvertUTF8toUTF16, U8{0xC0, 0x00}).out, U16{0xFFFD});
-}
-
-// A cut sequence at the end of the source is left for the next call; a
-// character that does not fit the target is not begun.
-TEST(UtfConversions, WhereConversionsStop) {
+  // A cut sequence at the end of the source is left for the next call; a
+  // character that does not fit the target is not begun.
   EXPECT_EQ(run(KORVOConvertUTF8toUTF16, U8{0x41, 0xE2, 0x82}),
             (Converted<uint16_t>{CONV_SOURCE_EXHAUSTED, {0x41}, 1}));
   EXPECT_EQ(run(KORVOConvertUCS4toUTF16, U32{0x1F600}, 1),
@@ -95,7 +92,7 @@ Converted<uint16_t> decode(const std::string &in, size_t room = 256) {
 
 U16 units(const std::u16string &s) { return U16(s.begin(), s.end()); }
 
-TEST(Utf7, KnownAnswers) {
+TEST(Utf7, KnownAnswersTargetExhaustedAndNullPointers) {
   const std::tuple<const char16_t *, bool, bool, const char *> encoded[] = {
       {u"\u00e9", false, false, "+AOk"},    {u"\u00e9", false, true, "+AOk-"},
       {u"\u00e9a", false, false, "+AOk-a"}, {u"\u00e9 ", false, false, "+AOk "},
@@ -116,10 +113,7 @@ TEST(Utf7, KnownAnswers) {
     EXPECT_EQ(d.result, result) << in;
     EXPECT_EQ(d.out, units(out)) << in;
   }
-}
-
-// The fuzz target sizes its targets for the worst case; here they run out.
-TEST(Utf7, TargetExhaustedAndNullPointers) {
+  // The fuzz target sizes its targets for the worst case; here they run out.
   // Encoder: room for "a+" only; '-' of the plus sign does not fit.
   EXPECT_EQ(encode(u"a+b", false, false, 2), (Encoded{CONV_TARGET_EXHAUSTED, "a+", 2}));
   // Inside a run: "+AO" fits, the last sextet of U+00E9 does not; closing

@@ -117,15 +117,12 @@ TEST_F(GuardHeap, MismatchAnsweredYesBreaks) {
 
 // Regions whose size does not fit in 32 bits are refused, counting
 // nothing. What the others count, the report shows (MemoryTableReport).
-TEST_F(GuardHeap, OversizedRegionsAreRefusedCountingNothing) {
+TEST_F(GuardHeap, OversizedRegionsAreRefusedAndReallocCopiesTheSmallerSize) {
   const Totals before = totals_snapshot();
   EXPECT_EQ(nmalloc(UINT32_MAX), nullptr);
   EXPECT_EQ(nmalloc(UINT32_MAX - heap_page_size()), nullptr);
   EXPECT_EQ(ncalloc(1, UINT32_MAX - kHeaderSlot + 1), nullptr);
   EXPECT_TRUE(totals_snapshot() == before);
-}
-
-TEST_F(GuardHeap, ReallocCopiesTheSmallerSizeAndRefusesStrays) {
   auto *ten = static_cast<unsigned char *>(nmalloc(10));
   std::memcpy(ten, "0123456789", 10);
   auto *four = static_cast<unsigned char *>(nrealloc(ten, 4));
