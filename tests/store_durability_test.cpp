@@ -12,6 +12,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <climits>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -33,13 +34,15 @@ using DurabilityTest = korutl_test::TempStore;
 
 std::string key_of(int writer) { return base + "\\W" + std::to_string(writer); }
 
-// Writes `count` values under its own key; returns false on any failure.
-bool write_run(int writer, int count) {
+// Writes `count` values under its own key, each read back and, with an
+// `ack` pipe, acknowledged there once written; false on any failure.
+bool write_run(int writer, int count, int ack = -1) {
   const std::string key = key_of(writer);
   if (rsv_create_key(key.c_str(), AT) != RSV_OK) return false;
   for (int i = 0; i < count; ++i) {
     const std::string v = std::to_string(i);
     if (rsv_set_value(key.c_str(), ("v" + v).c_str(), v.c_str(), AT) != RSV_OK) return false;
+    if (ack >= 0 && write(ack, &i, sizeof i) != sizeof i) return false;
     // Interleave reads with the other writers' work.
     if (rsv_get_value(key.c_str(), ("v" + v).c_str(), nullptr, nullptr, AT) != RSV_OK) return false;
   }
@@ -93,16 +96,7 @@ TEST_F(DurabilityTest, KilledWriterLeavesASoundStoreWithEveryAcknowledgedWrite) 
     ASSERT_EQ(pipe(ack), 0);
     const pid_t child = fork();
     ASSERT_GE(child, 0);
-    if (child == 0) {
-      close(ack[0]);
-      const std::string key = key_of(round);
-      if (rsv_create_key(key.c_str(), AT) != RSV_OK) _exit(1);
-      for (int i = 0;; ++i) {
-        const std::string v = std::to_string(i);
-        if (rsv_set_value(key.c_str(), ("v" + v).c_str(), v.c_str(), AT) != RSV_OK) _exit(1);
-        if (write(ack[1], &i, sizeof i) != sizeof i) _exit(1);
-      }
-    }
+    if (child == 0) _exit(close(ack[0]) == 0 && write_run(round, INT_MAX, ack[1]) ? 0 : 1);
     close(ack[1]);
     int acknowledged = -1, i;
     // Let a varying number of writes through, then kill mid-stream.
