@@ -150,36 +150,35 @@ TEST_F(I18n, EachStepOfTheChainFindsItsLibrary) {
   GTEST_SKIP() << "Linux only: the current-locale step finds a library under the system locale's "
                   "name (English under Wine), which the cases assume absent";
 #endif
-  struct {
-    const char *step, *tree, *language;
-    std::string expected;
-  } cases[] = {
-      {"a: exact version", "P 2.0 German orr_de.dll; P 3.0 German orr_fr.dll", "German", "Deutsch"},
-      {"b: highest version in numeric order", "P 2.9 German orr_fr.dll; P 2.10 German orr_de.dll",
-       "German", "Deutsch"},
-      {"b: not with Use_Strict_Version",
-       "P 3.0 German orr_de.dll; Halcyra 2.2.1 German hal_de.dll; "
+  // The tree (registrations and settings), the language asked for, the text.
+  const std::tuple<const char *, const char *, std::string> cases[] = {
+      // a: the exact version.
+      {"P 2.0 German orr_de.dll; P 3.0 German orr_fr.dll", "German", "Deutsch"},
+      // b: the highest version in numeric order, but not with Use_Strict_Version.
+      {"P 2.9 German orr_fr.dll; P 2.10 German orr_de.dll", "German", "Deutsch"},
+      {"P 3.0 German orr_de.dll; Halcyra 2.2.1 German hal_de.dll; "
        "setting Products\\P Use_Strict_Version 1",
        "German", kGermanNotFound},
-      {"c: Default language", "P 2.0 Default orr_en.dll", "German", "English"},
-      {"c: Default in the version b settled on",
-       "P 3.0 Default orr_fr.dll; P 1.0 German orr_de.dll", "German", "Français"},
-      {"d: current locale, C.UTF-8 as C-UTF-8, C-UTF, then C", "P 2.0 C orr_fr.dll", "German",
-       "Français"},
-      {"e: library named after the language", "", "orr_de", "Deutsch"},
-      {"f: global language", "P 2.0 French orr_fr.dll; setting Global Language French", "German",
-       "Français"},
-      {"not found: Halcyra's text in the requested language",
-       "Halcyra 2.2.1 German hal_de.dll; P 2.0 English orr_en.dll", "German", kGermanNotFound},
-      {"not found anywhere", "", "German", kFixedNotFound},
+      // c: the Default language, also in the version b settled on.
+      {"P 2.0 Default orr_en.dll", "German", "English"},
+      {"P 3.0 Default orr_fr.dll; P 1.0 German orr_de.dll", "German", "Français"},
+      // d: the current locale, C.UTF-8 as C-UTF-8, C-UTF, then C.
+      {"P 2.0 C orr_fr.dll", "German", "Français"},
+      // e: a library named after the language.
+      {"", "orr_de", "Deutsch"},
+      // f: the global language.
+      {"P 2.0 French orr_fr.dll; setting Global Language French", "German", "Français"},
+      // Not found: Halcyra's text in the requested language, else a fixed one.
+      {"Halcyra 2.2.1 German hal_de.dll; P 2.0 English orr_en.dll", "German", kGermanNotFound},
+      {"", "German", kFixedNotFound},
   };
   setenv("LC_ALL", "C.UTF-8", 1);
-  for (const auto &c : cases) {
-    SCOPED_TRACE(c.step);
+  for (const auto &[tree, language, expected] : cases) {
+    SCOPED_TRACE(std::string(tree) + " / " + language);
     TearDown();
     SetUp();
-    reg(c.tree);
-    EXPECT_EQ(p20(c.language), c.expected);
+    reg(tree);
+    EXPECT_EQ(p20(language), expected);
   }
   unsetenv("LC_ALL");
   std::setlocale(LC_ALL, "C");
