@@ -275,9 +275,7 @@ TEST_F(Cfg, SettingsAreSeenByBothDoorsWithinTheirSizesMissingOnesCreateNoStore) 
   EXPECT_FALSE(store_exists());
 
   ASSERT_EQ(KORVOSaveSetting("Halcyra", "Global", "Install_Path", "/opt/halcyra"), 1);
-  ASSERT_EQ(KORVOSaveSetting("Halcyra", "MILayer", "Hostlist_Path", "/etc/hosts.hal"), 1);
   EXPECT_STREQ(KORVOGetInstallPath(out), "/opt/halcyra");
-  EXPECT_STREQ(KORVOGetHostListPath(out), "/etc/hosts.hal");
   EXPECT_EQ(value("Global", "install_path"), "/opt/halcyra");
   cfg_set("Products\\P", "Use_Strict_Version", "1");
   EXPECT_EQ(setting("Products\\P", "Use_Strict_Version"), "1");

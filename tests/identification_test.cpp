@@ -18,12 +18,10 @@ std::string padded(const std::string &text, size_t width) {
 }
 
 // Name, full version, release and file name are what `korutl version`
-// prints (tool_test.cpp).
+// prints (tool_test.cpp); the version, patch level and file OS, constants
+// that getters merely return, are read back from the stamp block. Here:
+// the shared object's name, and the full version writing its 8 bytes only.
 TEST(Identification, FunctionsAndStampBlockInTheLibraryFile) {
-  EXPECT_STREQ(KORVOUtlGetLibVersion(), "2.2.1");
-  EXPECT_EQ(KORVOUtlGetLibPatchLevel(), 3);
-  EXPECT_EQ(KORVOUtlGetLibFileOS(), 2);
-  EXPECT_EQ(KORVOUtlGetLibFileType(), 2);
 #if !defined(_WIN32)
   EXPECT_STREQ(KORUTL_LIBRARY_SONAME, "libkorutl.so.2");
 #endif
