@@ -179,20 +179,6 @@ TEST_F(Cfg, LatestValueIsFoundInTheGreatestVersionHoldingItWithin767) {
   EXPECT_EQ(take(KORVOCfgGetProductVersionLatestValue("P", deep.c_str(), "V")), "(null)");
 }
 
-TEST_F(Cfg, GetValueReadsTextsUpToASixteenBitLength) {
-  const std::string key = cfg_path("Global");
-  cfg_set("Global", "Path", "/opt/halcyra");
-  cfg_set("Global", "", "default value");
-  cfg_set("Global", "Big", std::string(65534, 'x'));
-  cfg_set("Global", "Huge", std::string(65535, 'x'));
-  EXPECT_EQ(take(KORVOCfgGetValue(key.c_str(), "path")), "/opt/halcyra");
-  EXPECT_EQ(take(KORVOCfgGetValue(key.c_str(), "")), "default value");
-  EXPECT_EQ(take(KORVOCfgGetValue(key.c_str(), "Big")).size(), 65534u);
-  for (const char *none : {"Huge", "Missing", static_cast<const char *>(nullptr)})
-    EXPECT_EQ(KORVOCfgGetValue(key.c_str(), none), nullptr);
-  EXPECT_EQ(KORVOCfgGetValue(nullptr, "Path"), nullptr);
-}
-
 // The enumeration callback has no context argument: it collects here.
 using Pairs = std::vector<std::pair<std::string, std::string>>;
 Pairs seen;
@@ -209,7 +195,18 @@ Pairs enumerate(const std::string &relative) {
   return seen;
 }
 
-TEST_F(Cfg, EnumerateGivesEveryReadableValueInTheOrderItWasSet) {
+TEST_F(Cfg, ValuesAreReadUpToASixteenBitLengthAndEnumeratedInTheOrderSet) {
+  const std::string key = cfg_path("Global");
+  cfg_set("Global", "Path", "/opt/halcyra");
+  cfg_set("Global", "", "default value");
+  cfg_set("Global", "Big", std::string(65534, 'x'));
+  cfg_set("Global", "Huge", std::string(65535, 'x'));
+  EXPECT_EQ(take(KORVOCfgGetValue(key.c_str(), "path")), "/opt/halcyra");
+  EXPECT_EQ(take(KORVOCfgGetValue(key.c_str(), "")), "default value");
+  EXPECT_EQ(take(KORVOCfgGetValue(key.c_str(), "Big")).size(), 65534u);
+  for (const char *none : {"Huge", "Missing", static_cast<const char *>(nullptr)})
+    EXPECT_EQ(KORVOCfgGetValue(key.c_str(), none), nullptr);
+  EXPECT_EQ(KORVOCfgGetValue(nullptr, "Path"), nullptr);
   cfg_set("K", "b", "2");
   cfg_set("K", "a", "");
   cfg_set("K", "big", std::string(1536, 'x'));  // does not fit the data buffer
@@ -266,7 +263,7 @@ bool key_exists(const std::string &key) {
   return rsv_query_key(cfg_path(key).c_str(), nullptr, nullptr, "t", 1) == RSV_OK;
 }
 
-TEST_F(Cfg, SettingsAreSeenByBothDoorsWithinTheirSizesMissingOnesCreateNoStore) {
+TEST_F(Cfg, SettingsAreSeenByBothDoorsWithinTheirSizesAndLocalizedPathsComposed) {
   EXPECT_EQ(setting("Global", "Install_Path"), "dflt");
   char out[1024] = "junk";
   EXPECT_EQ(KORVOGetInstallPath(out), out);
@@ -292,12 +289,8 @@ TEST_F(Cfg, SettingsAreSeenByBothDoorsWithinTheirSizesMissingOnesCreateNoStore) 
   EXPECT_EQ(KORVOSaveSetting(nullptr, "Global", "v", "x"), 0);
   ASSERT_EQ(KORVOSaveSetting("Halcyra", "Global", "empty_saved", ""), 1);
   EXPECT_EQ(setting("Global", "empty_saved"), "");  // size 1: the stored empty text
-}
-
-// Composing into the caller's buffer; with a language, the allocation
-// sweep's case.
-TEST(SettingsPaths, LocalizedPaths) {
-  char out[64];
+  // Composing into the caller's buffer; with a language, the allocation
+  // sweep's case.
   EXPECT_STREQ(KORVOMakeLocalizedPath(out, "C:\\base", 0, nullptr, "msg.txt"), "C:\\base\\msg.txt");
   EXPECT_STREQ(KORVOMakeLocalizedPath(out, "C:\\base", 1, nullptr, "msg.txt"), "C:\\basemsg.txt");
   EXPECT_EQ(KORVOMakeLocalizedPath(out, "C:\\base", 0, nullptr, nullptr), nullptr);
@@ -305,7 +298,7 @@ TEST(SettingsPaths, LocalizedPaths) {
   EXPECT_STREQ(out, "C:\\basemsg.txt") << "refusals leave the buffer alone";
 }
 
-TEST_F(Cfg, RegistrationsAddDeregistrationsRemoveTheKeyOverlongOnesAreRefused) {
+TEST_F(Cfg, RegistrationsAndUserChecks) {
   EXPECT_EQ(KORVOCfgDeRegisterLanguageFile("P", "1.0"), 0);  // nothing registered
   EXPECT_EQ(KORVOCfgDeRegisterMessageFile("P", "1.0"), 0);
   EXPECT_EQ(KORVOCfgRegisterLanguageFile("P", "1.0", "German", "p_de.dll"), 0);
@@ -335,19 +328,6 @@ TEST_F(Cfg, RegistrationsAddDeregistrationsRemoveTheKeyOverlongOnesAreRefused) {
   EXPECT_EQ(KORVOCfgRegisterLanguageFile("Q", "1.0", "de", nullptr), 1);
   EXPECT_EQ(KORVOCfgRegisterMessageFile("Q", "1.0", "m", nullptr), 1);
   EXPECT_FALSE(key_exists("Products\\Q"));
-#if !defined(_WIN32)
-  // A store file that is not a database: every query fails with a store
-  // error, which only the language deregistration reports.
-  const std::string junk = scratch("junk");
-  std::ofstream(junk) << "this is not a database, not even close to one\n";
-  setenv("KORVO_REGISTRY", junk.c_str(), 1);
-  EXPECT_EQ(KORVOCfgDeRegisterLanguageFile("P", "1.0"), 1);
-  EXPECT_EQ(KORVOCfgDeRegisterMessageFile("P", "1.0"), 0);
-  EXPECT_EQ(KORVOCfgRegisterLanguageFile("P", "1.0", "German", "p_de.dll"), 1);
-#endif
-}
-
-TEST_F(Cfg, UsersAreCheckedWithBackslashesReadAsSlashes) {
   cfg_key("Products\\Orrery\\Users\\domain/admin");
   cfg_key("Products\\Halcyra");
   EXPECT_EQ(KORVOCfgAuthorizationToBeChecked("orrery"), 1);
@@ -364,6 +344,16 @@ TEST_F(Cfg, UsersAreCheckedWithBackslashesReadAsSlashes) {
   for (const char *user : {"admin", "", too_long.c_str(), static_cast<const char *>(nullptr)})
     EXPECT_EQ(KORVOCfgCheckAuthorization(user, ids[0]), 0) << (user ? user : "(null)");
   for (KORVOObjectId *id : ids) KORVOStrDestroyObjectId(id);
+#if !defined(_WIN32)
+  // A store file that is not a database: every query fails with a store
+  // error, which only the language deregistration reports.
+  const std::string junk = scratch("junk");
+  std::ofstream(junk) << "this is not a database, not even close to one\n";
+  setenv("KORVO_REGISTRY", junk.c_str(), 1);
+  EXPECT_EQ(KORVOCfgDeRegisterLanguageFile("P", "1.0"), 1);
+  EXPECT_EQ(KORVOCfgDeRegisterMessageFile("P", "1.0"), 0);
+  EXPECT_EQ(KORVOCfgRegisterLanguageFile("P", "1.0", "German", "p_de.dll"), 1);
+#endif
 }
 
 }  // namespace

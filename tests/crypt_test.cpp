@@ -50,7 +50,7 @@ Bytes first_block(const Bytes &b) { return Bytes(b.begin(), b.begin() + 8); }
 // With a zero initial vector the first CBC block is the plain block
 // cipher, so published ECB vectors check the key text reading and the mode
 // table end to end. Key texts are the base-95 spellings of the vector keys.
-TEST(SaferCrypt, FirstBlockMatchesPublishedVectors) {
+TEST(SaferCrypt, FirstBlockMatchesPublishedVectorsModesAndKeysAlike) {
   const std::tuple<const char *, int32_t, const char *, const char *, const char *> cases[] = {
       // Crypto++ saferval.dat, SAFER K-64, all-zero key.
       {"cryptopp K-64", 0, "", "0000000000000000", "032808C90EE7AB7F"},
@@ -68,15 +68,12 @@ TEST(SaferCrypt, FirstBlockMatchesPublishedVectors) {
     ASSERT_EQ(r.out.size(), 16u) << source;
     EXPECT_EQ(first_block(r.out), hex(cipher)) << source << " mode " << mode;
   }
-}
-
-// Modes 4 and 8 encrypt as 0; with a short key SK has 6 rounds in mode 6
-// and 8 in mode 2, with a long key both 10, as K does in modes 0 and 4;
-// leading blanks are zero digits; nine characters select the 128-bit key;
-// 2^128 + 1 in base 95 wraps to the same key as 1 in 20 digits.
-TEST(SaferCrypt, ModeAndKeyEquivalences) {
+  // Modes 4 and 8 encrypt as 0; with a short key SK has 6 rounds in mode 6
+  // and 8 in mode 2, with a long key both 10, as K does in modes 0 and 4;
+  // leading blanks are zero digits; nine characters select the 128-bit key;
+  // 2^128 + 1 in base 95 wraps to the same key as 1 in 20 digits.
   const Bytes plain = hex("00112233445566778899AABBCCDDEEFF01");
-  const std::tuple<int32_t, const char *, int32_t, const char *, bool> cases[] = {
+  const std::tuple<int32_t, const char *, int32_t, const char *, bool> alike[] = {
       {4, "key", 0, "key", true},
       {8, "key", 0, "key", true},
       {6, "key", 2, "key", false},
@@ -85,7 +82,7 @@ TEST(SaferCrypt, ModeAndKeyEquivalences) {
       {0, " !", 0, "!", true},
       {0, "        !", 0, "!", false},
       {0, ")!_oEk9A$(P^Z?P?*r!^", 0, "                   !", true}};
-  for (const auto &[mode_a, key_a, mode_b, key_b, same] : cases)
+  for (const auto &[mode_a, key_a, mode_b, key_b, same] : alike)
     EXPECT_EQ(safer(mode_a, plain, key_a).out == safer(mode_b, plain, key_b).out, same)
         << mode_a << " '" << key_a << "'";
   // A fresh zero vector per call: a shared first block gives a shared
@@ -122,7 +119,7 @@ TEST(SaferCrypt, RefusedInputsAndLengthBlocks) {
   }
 }
 
-TEST(ObxCrypt, Keystream) {
+TEST(ObxCrypt, ObxKeystreamAndBase64KnownAnswersAndLenientDecoding) {
   // Empty key: the keystream is 0, 7, 21, 42, 70, so zero bytes show it.
   uint8_t zeros[5] = {};
   KORVOObxCrypt(1, nullptr, 0, zeros, 5);
@@ -132,9 +129,6 @@ TEST(ObxCrypt, Keystream) {
   KORVOObxCrypt(2, key, 2, zeros, 1);
   KORVOObxCrypt(1, key, 2, zeros, -4);
   EXPECT_EQ(zeros[0], 37);
-}
-
-TEST(Base64, KnownAnswersAndLenientDecoding) {
   const char *encoded[][2] = {{"f", "Zg=="}, {"fo", "Zm8="}, {"foobar", "Zm9vYmFy"}};
   for (const auto &[in, out] : encoded) {
     char text[16];
@@ -174,7 +168,19 @@ Bytes front_end(bool protect, int32_t method, const Bytes &in, const char *key) 
   return Bytes(out.begin(), out.begin() + len);
 }
 
-TEST(CryptBuffer, MethodsRoundTripCopiesStopAtZeroAndFailuresGiveNothing) {
+// The output text, or "<untouched>" when the call wrote nothing at all;
+// `negative`: the length passed is -1.
+std::string prepare(int32_t mode, const std::string &in, bool negative = false) {
+  std::vector<char> out(8192, 'Q');
+  uint32_t len = 0xDEADBEEF;
+  const auto n = negative ? -1 : static_cast<int32_t>(in.size());
+  KORVOCSPrepareBinaryBuffer(mode, in.data(), n, out.data(), &len);
+  if (len == 0xDEADBEEF && out[0] == 'Q') return "<untouched>";
+  EXPECT_EQ(out[len], 0) << "terminator, mode " << mode;
+  return std::string(out.data(), len);
+}
+
+TEST(CryptBuffer, MethodsRoundTripFailuresGiveNothingAndBinaryPreparation) {
   const Bytes text = bytes_of("Halcyra protected value");
   for (const int32_t method : {1, 2})
     EXPECT_EQ(front_end(false, method, front_end(true, method, text, "k"), "k"), text) << method;
@@ -200,21 +206,6 @@ TEST(CryptBuffer, MethodsRoundTripCopiesStopAtZeroAndFailuresGiveNothing) {
     EXPECT_EQ(front_end(protect, method, in, key), Bytes{}) << method << " " << in.size();
     EXPECT_EQ(after_output, 0);
   }
-}
-
-// The output text, or "<untouched>" when the call wrote nothing at all;
-// `negative`: the length passed is -1.
-std::string prepare(int32_t mode, const std::string &in, bool negative = false) {
-  std::vector<char> out(8192, 'Q');
-  uint32_t len = 0xDEADBEEF;
-  const auto n = negative ? -1 : static_cast<int32_t>(in.size());
-  KORVOCSPrepareBinaryBuffer(mode, in.data(), n, out.data(), &len);
-  if (len == 0xDEADBEEF && out[0] == 'Q') return "<untouched>";
-  EXPECT_EQ(out[len], 0) << "terminator, mode " << mode;
-  return std::string(out.data(), len);
-}
-
-TEST(PrepareBinaryBuffer, KnownAnswersAndLimits) {
   EXPECT_EQ(prepare(1, "abc"), "A2FiYw==");
   EXPECT_EQ(prepare(1, ""), "AA==");
   EXPECT_EQ(prepare(-1, "A2Fi"), "") << "announces 3 bytes, holds 2";
@@ -226,9 +217,9 @@ TEST(PrepareBinaryBuffer, KnownAnswersAndLimits) {
   // The longest prefixed payload round-trips; a text beyond the decode
   // work area is refused rather than overflowing it.
   const std::string payload(255, '\x9c');
-  const std::string text = prepare(1, payload);
-  EXPECT_EQ(prepare(-1, text + std::string(2735 - text.size(), 'A')), payload);
-  EXPECT_EQ(prepare(-1, text + std::string(2736 - text.size(), 'A')), "");
+  const std::string prefixed = prepare(1, payload);
+  EXPECT_EQ(prepare(-1, prefixed + std::string(2735 - prefixed.size(), 'A')), payload);
+  EXPECT_EQ(prepare(-1, prefixed + std::string(2736 - prefixed.size(), 'A')), "");
   for (const int32_t mode : {0, 3, -3, 1000}) EXPECT_EQ(prepare(mode, "abc"), "<untouched>");
   EXPECT_EQ(prepare(2, "ab", true), "");
 }

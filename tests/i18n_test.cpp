@@ -49,7 +49,7 @@ class Oss : public ::testing::Test {
 // KORVO_LANGUAGE_PATH ("" unset), the name asked for, and whether it loads.
 using NameCase = std::tuple<std::string, std::string, bool>;
 
-TEST_F(Oss, ResolvesNames) {
+TEST_F(Oss, ResolvesNamesTracesFailuresAndEmptiesALocaleNameThatDoesNotFit) {
   const std::string dir = KORUTL_PROBE_DIR;
 #ifdef _WIN32
   std::string backslashed = dir;
@@ -81,9 +81,8 @@ TEST_F(Oss, ResolvesNames) {
     EXPECT_EQ(none, &entry) << "address untouched on failure";
     EXPECT_EQ(oss_unload_library(handle, "test", 10), OSS_OK);
   }
-}
-
-TEST_F(Oss, FailuresAreTracedAndALocaleNameThatDoesNotFitIsEmpty) {
+  unsetenv("KORVO_LANGUAGE_PATH");
+  trace_lines.clear();
   intptr_t handle = 0;
   EXPECT_EQ(oss_load_library("no-such-library.dll", &handle, "I18N/korstrng", 42), OSS_E_NOT_FOUND);
   ASSERT_EQ(trace_lines.size(), 1u);
@@ -96,16 +95,16 @@ TEST_F(Oss, FailuresAreTracedAndALocaleNameThatDoesNotFitIsEmpty) {
 #ifndef _WIN32
   // A registration names "x.dll"; only the retry finds x.so, and it is
   // damaged. The trace tells the damage, not the missing x.dll.
-  const std::string dir = testing::TempDir() + "korutl-oss-" + std::to_string(getpid());
-  std::filesystem::create_directories(dir);
-  std::ofstream(dir + "/damaged.so") << "not a library";
-  setenv("KORVO_LANGUAGE_PATH", dir.c_str(), 1);
+  const std::string scratch_dir = testing::TempDir() + "korutl-oss-" + std::to_string(getpid());
+  std::filesystem::create_directories(scratch_dir);
+  std::ofstream(scratch_dir + "/damaged.so") << "not a library";
+  setenv("KORVO_LANGUAGE_PATH", scratch_dir.c_str(), 1);
   trace_lines.clear();
   EXPECT_EQ(oss_load_library("damaged.dll", &handle, "test", 1), OSS_E_NOT_FOUND);
   ASSERT_EQ(trace_lines.size(), 1u);
   EXPECT_NE(trace_lines[0].find("damaged.so"), std::string::npos) << trace_lines[0];
   EXPECT_EQ(trace_lines[0].find("No such file"), std::string::npos) << trace_lines[0];
-  std::filesystem::remove_all(dir);
+  std::filesystem::remove_all(scratch_dir);
 #endif
   // The locale's name is read by the current-locale step of the localised
   // texts' chain (below); a name that does not fit leaves the area empty.
@@ -214,6 +213,18 @@ TEST_F(I18n, LanguageNamesWhatTheLibraryIsAskedNullTextsAndOwnTexts) {
   EXPECT_STREQ(KORVOLoadI18NString("english", "HAL_LANGUAGE"), "English");
 }
 
+// Whether the language library `stem` (orr_en, ...) is loaded.
+bool is_loaded(const std::string &stem) {
+  const std::string path = KORUTL_LANGUAGE_DIR "/" + stem;
+#if defined(_WIN32)
+  return GetModuleHandleA((path + ".dll").c_str()) != nullptr;
+#else
+  void *h = dlopen((path + ".so").c_str(), RTLD_NOW | RTLD_NOLOAD);
+  if (h != nullptr) dlclose(h);
+  return h != nullptr;
+#endif
+}
+
 TEST_F(I18n, BrokenLibrariesAreSkippedWithATraceLine) {
 #if defined(_WIN32)
   GTEST_SKIP() << "Linux only: its broken libraries are made as Linux shared objects";
@@ -233,18 +244,6 @@ TEST_F(I18n, BrokenLibrariesAreSkippedWithATraceLine) {
     return l.find("oss_get_function_address") != l.npos && l.find("get_resource") != l.npos;
   }));
   EXPECT_EQ(KORVOStackLength(cache_), 1);  // only the Default library was kept
-}
-
-// Whether the language library `stem` (orr_en, ...) is loaded.
-bool is_loaded(const std::string &stem) {
-  const std::string path = KORUTL_LANGUAGE_DIR "/" + stem;
-#if defined(_WIN32)
-  return GetModuleHandleA((path + ".dll").c_str()) != nullptr;
-#else
-  void *h = dlopen((path + ".so").c_str(), RTLD_NOW | RTLD_NOLOAD);
-  if (h != nullptr) dlclose(h);
-  return h != nullptr;
-#endif
 }
 
 TEST_F(I18n, FinalisationUnloadsEveryLibrary) {

@@ -23,7 +23,7 @@ std::string take(char *allocated) {
 }
 
 // The edge cases that key-text and escape readers depend on.
-TEST(Digits, KnownValues) {
+TEST(Digits, DigitsTrimHostNamesQuotingAndMarkup) {
   // Code, then the values of KORVOHex2Int, KORVOChar2Int and KORVOGetValueOfHexDigit.
   const int cases[][4] = {{':', 96, 26, 0},  {'g', 97, 71, 0}, {0, 95, 95, 0},    {' ', 97, 0, 0},
                           {'~', 97, 94, 0},  {127, 97, 97, 0}, {'C', 12, 35, 12}, {'0', 0, 16, 0},
@@ -34,9 +34,6 @@ TEST(Digits, KnownValues) {
     EXPECT_EQ(KORVOChar2Int(c), char2int) << "code " << code;
     EXPECT_EQ(KORVOGetValueOfHexDigit(c), hexdigit) << "code " << code;
   }
-}
-
-TEST(Strings, TrimHostNamesQuotingIntoEitherBufferAndMarkup) {
   for (const auto &[in, out] :
        {std::pair{"  a b  ", "a b"}, {"\tx\t", "\tx\t"}}) {  // only spaces go
     std::string text = in;
@@ -75,14 +72,14 @@ TEST(Strings, TrimHostNamesQuotingIntoEitherBufferAndMarkup) {
 }
 
 // Extraction sees every field, the empty ones too, but a leading separator.
-TEST(Words, CountAndExtraction) {
+TEST(Words, WordsAndEscapes) {
   EXPECT_EQ(KORVOStrGetWordCount("  a  b  ", ' '), 2);
   EXPECT_EQ(KORVOStrGetWordCount("a,,b", ','), 2);
   EXPECT_EQ(KORVOStrGetWordCount(nullptr, ','), 0);
-  const std::tuple<const char *, int32_t, const char *> cases[] = {
+  const std::tuple<const char *, int32_t, const char *> words[] = {
       {"a,,b", 1, ""}, {"a,,b", 2, "b"}, {"a,,b", 3, ""},
       {",a", 0, "a"},  {",,a", 0, ""},   {"a,b,", 2, ""}};
-  for (const auto &[text, index, want] : cases) {
+  for (const auto &[text, index, want] : words) {
     char buf[8] = "ZZZZZZZ";
     EXPECT_EQ(KORVOStrGetWord(text, buf, ',', index), std::strlen(want));
     EXPECT_STREQ(buf, want) << text << " " << index;
@@ -92,9 +89,6 @@ TEST(Words, CountAndExtraction) {
   EXPECT_EQ(KORVOStrGetWord("a", buf, ',', -1), 0u);
   EXPECT_STREQ(buf, "xyz");
   EXPECT_EQ(KORVOStrGetWord("a", nullptr, ',', 0), 0u);
-}
-
-TEST(Escapes, StoreOnlyBackslashAndSpaceAndRestoreBothForms) {
   char out[32];
   EXPECT_EQ(KORVOStrStoreSpecialChars("a b\\c", nullptr), 2);
   EXPECT_EQ(KORVOStrStoreSpecialChars("C:\\a b%41", out), 2);

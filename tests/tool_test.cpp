@@ -58,7 +58,17 @@ TEST_F(Tool, StatusesAndTextSubcommands) {
   expect("unescape a%20b%5Cc%u0041", 0, "a b\\cA\n");
 }
 
-TEST_F(Tool, RegistryTypesRoundTrip) {
+TEST_F(Tool, RegistryTypesLanguagesMessagesAndUsers) {
+  expect("lang register Orrery 3 German orr_de.dll", 0);
+  expect("lang list Orrery 3", 0, "German=orr_de.dll\n");
+  expect("msg --oid \\h\\Orrery\\3 --lang German ORR_LANGUAGE", 0, "Deutsch\n");
+  expect("lang unregister Orrery 3", 0);
+  expect("lang list Orrery 3", 1);
+  expect("msg NO_SUCH_KEY", 1, "korutl: no text for NO_SUCH_KEY\n");
+  expect("msgfile register Orrery 3 Core core.msg", 0);
+  expect("msgfile unregister Orrery 3", 0);
+  expect("user check \\localhost\\Orrery\\2.10 operator", 0, "authorised\n");
+  expect("user check \\localhost\\Orrery\\2.10 guest", 1);
   const std::string key = "HKLM\\SOFTWARE\\Vantrel\\Halcyra\\Global";
   const char *cases[][2] = {{"/v N /t REG_DWORD /d 17", "N    REG_DWORD    0x11"},
                             {"--value Q --type REG_QWORD --data 0x100000000", "0x100000000"},
@@ -76,19 +86,6 @@ TEST_F(Tool, RegistryTypesRoundTrip) {
          "  Use_Strict_Version (REG_SZ) = 0\n  Versions\\\n");
   expect("reg delete HKLM\\SOFTWARE /f", 0);
   expect("reg query " + key, 1);
-}
-
-TEST_F(Tool, LanguageRegistrationsMessagesAndUsers) {
-  expect("lang register Orrery 3 German orr_de.dll", 0);
-  expect("lang list Orrery 3", 0, "German=orr_de.dll\n");
-  expect("msg --oid \\h\\Orrery\\3 --lang German ORR_LANGUAGE", 0, "Deutsch\n");
-  expect("lang unregister Orrery 3", 0);
-  expect("lang list Orrery 3", 1);
-  expect("msg NO_SUCH_KEY", 1, "korutl: no text for NO_SUCH_KEY\n");
-  expect("msgfile register Orrery 3 Core core.msg", 0);
-  expect("msgfile unregister Orrery 3", 0);
-  expect("user check \\localhost\\Orrery\\2.10 operator", 0, "authorised\n");
-  expect("user check \\localhost\\Orrery\\2.10 guest", 1);
 }
 
 TEST_F(Tool, FiltersRoundTrip) {
