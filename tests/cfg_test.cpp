@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <fstream>
 #include <string>
 #include <tuple>
 #include <utility>
@@ -344,16 +343,6 @@ TEST_F(Cfg, RegistrationsAndUserChecks) {
   for (const char *user : {"admin", "", too_long.c_str(), static_cast<const char *>(nullptr)})
     EXPECT_EQ(KORVOCfgCheckAuthorization(user, ids[0]), 0) << (user ? user : "(null)");
   for (KORVOObjectId *id : ids) KORVOStrDestroyObjectId(id);
-#if !defined(_WIN32)
-  // A store file that is not a database: every query fails with a store
-  // error, which only the language deregistration reports.
-  const std::string junk = scratch("junk");
-  std::ofstream(junk) << "this is not a database, not even close to one\n";
-  setenv("KORVO_REGISTRY", junk.c_str(), 1);
-  EXPECT_EQ(KORVOCfgDeRegisterLanguageFile("P", "1.0"), 1);
-  EXPECT_EQ(KORVOCfgDeRegisterMessageFile("P", "1.0"), 0);
-  EXPECT_EQ(KORVOCfgRegisterLanguageFile("P", "1.0", "German", "p_de.dll"), 1);
-#endif
 }
 
 }  // namespace

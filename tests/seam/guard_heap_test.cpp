@@ -46,8 +46,6 @@ TEST_F(GuardHeap, LayoutFollowsThePageSize) {
       const size_t user_offset = size_t{data_pages} * P - n;
       const size_t header_offset = (user_offset - kHeaderBytes) & ~size_t{3};
       EXPECT_EQ(static_cast<size_t>(user - base), user_offset);
-      EXPECT_EQ(h.size, n);
-      EXPECT_EQ(h.page_count, data_pages + 1);
       for (size_t i = 0; i < user_offset; ++i)
         ASSERT_TRUE(base[i] == 0xAA || (i >= header_offset && i < header_offset + kHeaderBytes))
             << "fill byte " << i;
@@ -55,7 +53,6 @@ TEST_F(GuardHeap, LayoutFollowsThePageSize) {
       MEMORY_BASIC_INFORMATION info;
       VirtualQuery(base + size_t{data_pages} * P, &info, sizeof info);
       EXPECT_EQ(info.Protect, PAGE_NOACCESS);
-      EXPECT_EQ(info.State, MEM_COMMIT);
       nfree(user);
     }
 }
