@@ -12,7 +12,6 @@
 #include <vector>
 
 #include "korutl.h"
-#include "tests/support/cfg_tree.h"
 #include "tests/support/temp_store.h"
 
 namespace {

@@ -10,7 +10,6 @@
 #include <vector>
 
 #include "korutl.h"
-#include "tests/support/cfg_tree.h"
 #include "tests/support/failing_allocator.h"
 #include "tests/support/language_env.h"
 
