@@ -3,8 +3,8 @@
 // either writes its whole file or leaves the store as it was.
 #include <gtest/gtest.h>
 
-#include <cstdio>
 #include <cstring>
+#include <fstream>
 #include <string>
 
 #include "siblings/cpx/cpx.h"
@@ -15,32 +15,33 @@
 
 namespace {
 
+using korutl_test::cfg_key;
+using korutl_test::cfg_set;
 using korutl_test::sweep_all;
 using korutl_test::SweepCase;
 
 constexpr const char *kKey = "HKEY_LOCAL_MACHINE\\SOFTWARE\\Vantrel\\Halcyra\\Products\\Orrery";
 constexpr const char *kImported = "HKEY_LOCAL_MACHINE\\SOFTWARE\\Vantrel\\Halcyra\\Imported";
 
+// Files the cases read and write: lambdas without captures name them.
+std::string export_file, reg_file;
+
 class RsvAllocationFailure : public korutl_test::TempStore {
  protected:
   void SetUp() override {
     TempStore::SetUp();
-    ASSERT_EQ(rsv_create_key((std::string(kKey) + "\\Versions").c_str(), "t", __LINE__), RSV_OK);
-    ASSERT_EQ(rsv_set_value(kKey, "Path", "/opt/orrery", "t", __LINE__), RSV_OK);
-    reg_file_ = file() + ".reg";
-    std::FILE *f = std::fopen(reg_file_.c_str(), "wb");
-    ASSERT_NE(f, nullptr);
-    std::fputs("Windows Registry Editor Version 5.00\r\n\r\n", f);
+    cfg_key("Products\\Orrery\\Versions");
+    cfg_set("Products\\Orrery", "Path", "/opt/orrery");
+    export_file = file() + ".export.reg";
+    std::ofstream reg(reg_file = file() + ".reg", std::ios::binary);
+    reg << "Windows Registry Editor Version 5.00\r\n\r\n";
     for (int i = 0; i < 20; ++i)
-      std::fprintf(f, "[%s\\Key%02d]\r\n\"Name\"=\"value %d\"\r\n\r\n", kImported, i, i);
-    std::fclose(f);
+      reg << "[" << kImported << "\\Key" << i << "]\r\n\"Name\"=\"value " << i << "\"\r\n\r\n";
   }
-  std::string reg_file_;
 };
 
-TEST_F(RsvAllocationFailure, OperationsAnswerOrFailCleanly) {
-  static std::string export_file;
-  export_file = file() + ".export.reg";
+// The import, last, must hold all twenty keys of the file or none of them.
+TEST_F(RsvAllocationFailure, OperationsAnswerOrFailCleanlyAndImportsAreWholeOrNothing) {
   const SweepCase cases[] = {
       {"rsv_get_value",
        [] {
@@ -89,15 +90,6 @@ TEST_F(RsvAllocationFailure, OperationsAnswerOrFailCleanly) {
          oss_get_function_address(handle, "get_resource", &entry, "t", 2);
          return oss_unload_library(handle, "t", 3) == OSS_OK && entry != nullptr;
        }},
-  };
-  sweep_all(cases);
-}
-
-// The store holds all twenty keys of the file or none of them.
-TEST_F(RsvAllocationFailure, ImportIsWholeOrNothing) {
-  static std::string reg_file;
-  reg_file = reg_file_;
-  const SweepCase import[] = {
       {"rsv_import_file",
        [] {
          uint16_t before = 0, after = 0;  // a missing key leaves 0
@@ -110,7 +102,7 @@ TEST_F(RsvAllocationFailure, ImportIsWholeOrNothing) {
          return rc == RSV_OK && after == 20;
        }},
   };
-  sweep_all(import);
+  sweep_all(cases);
 }
 
 }  // namespace
