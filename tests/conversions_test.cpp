@@ -201,14 +201,11 @@ TEST(CodePage, ConvertsBothWaysWithoutOverflowAndTheRecordWithTheLocalCodeSet) {
   cpx_term();
   std::setlocale(LC_ALL, "C");
   unsetenv("LC_ALL");
-  // Unknown settings start nothing; cleanup ends the library. Good and bad
-  // object folders: the registry start below.
-  const char *const unknown[] = {"COLOUR=blue", nullptr};
+  // Cleanup ends the library even without a record. Good and bad object
+  // folders: the registry start below.
   int32_t h = 0;
-  EXPECT_EQ(cpx_init_ex(unknown), CPX_E_SETTING);
-  EXPECT_EQ(cpx_open_conversion(1252, 65456, &h), CPX_E_NOT_STARTED);
   ASSERT_EQ(cpx_init(), CPX_OK);
-  KORVOCleanupInternalProducts(nullptr);  // still ends the library
+  KORVOCleanupInternalProducts(nullptr);
   EXPECT_EQ(cpx_open_conversion(1252, 65456, &h), CPX_E_NOT_STARTED);
 }
 

@@ -9,8 +9,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <fstream>
-#include <iterator>
 #include <sstream>
 #include <string>
 #include <thread>
@@ -81,22 +79,6 @@ class MemShellOn : public ::testing::Test {
     setenv("KORVO_MESSAGEBOX_ANSWER", "no", 1);
   }
 };
-
-TEST_F(MemShellOn, LogFileReceivesTheReport) {
-  const std::string path = testing::TempDir() + "memshell_on_" + std::to_string(getpid()) + ".log";
-  KORVOOpenMemoryLogFile(path.c_str());
-  void *p = mmalloc(3, 77, "..\\src\\logged.c");
-  EXPECT_EQ(report("to the log"), "");
-  KORVOCloseMemoryLogFile();
-  mfree(p);
-  std::ifstream in(path);
-  const std::string text{std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
-  EXPECT_NE(text.find("Memory table: to the log"), std::string::npos);
-  EXPECT_NE(text.find("Size:     3 Line:  77 File : logged.c\n"), std::string::npos) << text;
-  std::remove(path.c_str());
-  KORVOOpenMemoryLogFile("/nonexistent-dir/x.log");  // unopened: standard output again
-  EXPECT_NE(report("back").find("Memory table: back"), std::string::npos);
-}
 
 // Earlier tests of the process may have moved the totals, so this one
 // compares differences.

@@ -142,12 +142,11 @@ TEST_F(RsvTest, RegFilesRoundTripEditAndMalformedOnesChangeNothing) {
       RSV_OK);
   EXPECT_EQ(type, 2u);
   EXPECT_EQ(std::string(buf, size), std::string("/var/tmp/hal\0", 13));
-  const std::string narrow =
-      "Windows Registry Editor Version 5.00\r\n\r\n[HKEY_LOCAL_MACHINE\\A\\B]\r\n"
-      "\"x\"=\"1\"\r\n@=\"d\"\r\n[HKEY_LOCAL_MACHINE\\A\\C]\r\n";
-  std::string wide = "\xFF\xFE";
-  for (char c : narrow) wide += std::string{c, '\0'};
-  ASSERT_EQ(rsv_import_file(write("a.reg", wide).c_str(), nullptr, AT), RSV_OK);
+  // UTF-16 files are read above (the export); edits come here in UTF-8.
+  const std::string keys =
+      "Windows Registry Editor Version 5.00\n[HKEY_LOCAL_MACHINE\\A\\B]\n\"x\"=\"1\"\n@=\"d\"\n"
+      "[HKEY_LOCAL_MACHINE\\A\\C]\n";
+  ASSERT_EQ(rsv_import_file(write("a.reg", keys).c_str(), nullptr, AT), RSV_OK);
   const std::string edits =
       "\xEF\xBB\xBFWindows Registry Editor Version 5.00\n[HKEY_LOCAL_MACHINE\\A\\B]\n"
       "\"x\"=-\n[-HKEY_LOCAL_MACHINE\\A\\C]\n";
