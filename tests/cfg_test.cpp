@@ -54,7 +54,7 @@ Names environment(const char *component, uint16_t n = 99) {
 
 using Cfg = korutl_test::TempStore;
 
-TEST_F(Cfg, VersionsAndInstancesAreListedGreatestVersionKeyFirst) {
+TEST_F(Cfg, VersionsAndInstancesAreListedGreatestFirstAndOverlongNamesRefused) {
   for (const char *v : {"2.2.1", "3", "2.10\\Instances\\1", "2.10\\Instances\\10",
                         "2.10\\Instances\\2", "V2.3-beta", "2.2.1.3.9", "43", "1"})
     cfg_key(versions + v);
@@ -68,11 +68,8 @@ TEST_F(Cfg, VersionsAndInstancesAreListedGreatestVersionKeyFirst) {
   EXPECT_EQ(instances_of("P", "9"), Names{});
   EXPECT_EQ(instances_of(nullptr, "3"), Names{});
   KORVOCfgFreeProductVersions(nullptr);
-}
-
-// Each name brings its key path to 255 characters (fits the 256-byte
-// buffer) or to 256 (refused).
-TEST_F(Cfg, NamesTooLongForTheKeyPathAreRefused) {
+  // Each name brings its key path to 255 characters (fits the 256-byte
+  // buffer) or to 256 (refused).
   size_t fixed = cfg_path("Products\\\\Versions").size();
   const std::string p255(255 - fixed, 'p'), p256(256 - fixed, 'p');
   cfg_key("Products\\" + p255 + "\\Versions\\1");
@@ -141,7 +138,23 @@ TEST_F(Cfg, AgentsAreLocatedAndTheirValuesFallBackToTheVersion) {
   EXPECT_EQ(take(KORVOCfgGetProductConfig(std::string(300, 'p').c_str(), "Owner")), "(null)");
 }
 
-TEST_F(Cfg, LatestValueIsFoundInTheGreatestVersionHoldingItWithin767) {
+// The enumeration callback has no context argument: it collects here.
+using Pairs = std::vector<std::pair<std::string, std::string>>;
+Pairs seen;
+
+int32_t collect(const char *name, const char *data) { return seen.emplace_back(name, data), 0; }
+
+Pairs enumerate(const std::string &relative) {
+  seen.clear();
+  KORVOCfgEnumerate(cfg_path(relative).c_str(), collect);
+#if defined(_WIN32)
+  // The system registry lists values in an order of its own.
+  std::sort(seen.begin(), seen.end());
+#endif
+  return seen;
+}
+
+TEST_F(Cfg, ValuesAreReadUpToASixteenBitLengthEnumeratedInOrderAndLatestWithin767) {
   cfg_set(versions + "2.2.1\\Languages", "German", "de.dll");
   cfg_set(versions + "2.10\\Languages", "English", "en.dll");
   cfg_set(versions + "2.2.1\\Languages", "English", "en.dll");
@@ -174,25 +187,6 @@ TEST_F(Cfg, LatestValueIsFoundInTheGreatestVersionHoldingItWithin767) {
   for (const std::string &s : {deep, last}) cfg_set(versions + "3\\" + s, "V", "1");
   EXPECT_EQ(take(KORVOCfgGetProductVersionLatestValue("P", last.c_str(), "V")), base + last);
   EXPECT_EQ(take(KORVOCfgGetProductVersionLatestValue("P", deep.c_str(), "V")), "(null)");
-}
-
-// The enumeration callback has no context argument: it collects here.
-using Pairs = std::vector<std::pair<std::string, std::string>>;
-Pairs seen;
-
-int32_t collect(const char *name, const char *data) { return seen.emplace_back(name, data), 0; }
-
-Pairs enumerate(const std::string &relative) {
-  seen.clear();
-  KORVOCfgEnumerate(cfg_path(relative).c_str(), collect);
-#if defined(_WIN32)
-  // The system registry lists values in an order of its own.
-  std::sort(seen.begin(), seen.end());
-#endif
-  return seen;
-}
-
-TEST_F(Cfg, ValuesAreReadUpToASixteenBitLengthAndEnumeratedInTheOrderSet) {
   const std::string key = cfg_path("Global");
   cfg_set("Global", "Path", "/opt/halcyra");
   cfg_set("Global", "", "default value");
@@ -225,26 +219,6 @@ TEST_F(Cfg, ValuesAreReadUpToASixteenBitLengthAndEnumeratedInTheOrderSet) {
   KORVOCfgEnumerate(cfg_path("K").c_str(), nullptr);
 }
 
-TEST_F(Cfg, EnvironmentVariableNamesWithinTheirLimits) {
-  cfg_set("MILayer\\Environment", "A", "1");
-  cfg_set("MILayer\\Environment", "B", std::string(4000, 'x'));  // data are not read
-  EXPECT_EQ(environment("MILayer"), (Names{"A", "B"}));
-  EXPECT_EQ(environment(nullptr), Names{});
-  EXPECT_EQ(KORVOCfgGetEnvironmentVars("MILayer", nullptr), nullptr);
-  // Names of 32 characters fit, 33 are refused; so are component paths of
-  // 256 characters.
-  cfg_set("C\\Environment", std::string(32, 'v'), "fits");
-  EXPECT_EQ(environment("C"), Names{std::string(32, 'v')});
-  cfg_set("C\\Environment", std::string(33, 'w'), "too long");
-  EXPECT_EQ(environment("C"), Names{});
-  const size_t fixed = cfg_path("\\Environment").size();
-  const std::string c255(255 - fixed, 'c'), c256(256 - fixed, 'c');
-  cfg_set(c255 + "\\Environment", "X", "1");
-  cfg_set(c256 + "\\Environment", "X", "1");
-  EXPECT_EQ(environment(c255.c_str()), Names{"X"});
-  EXPECT_EQ(environment(c256.c_str()), Names{});
-}
-
 std::string setting(const char *section, const char *name) {
   char out[1024];
   EXPECT_EQ(KORVOGetSetting("Halcyra", section, name, "dflt", out), 1);
@@ -260,7 +234,7 @@ bool key_exists(const std::string &key) {
   return rsv_query_key(cfg_path(key).c_str(), nullptr, nullptr, "t", 1) == RSV_OK;
 }
 
-TEST_F(Cfg, SettingsAreSeenByBothDoorsWithinTheirSizesAndLocalizedPathsComposed) {
+TEST_F(Cfg, SettingsAndEnvironmentNamesWithinTheirSizesAndLocalizedPaths) {
   EXPECT_EQ(setting("Global", "Install_Path"), "dflt");
   char out[1024] = "junk";
   EXPECT_EQ(KORVOGetInstallPath(out), out);
@@ -293,6 +267,23 @@ TEST_F(Cfg, SettingsAreSeenByBothDoorsWithinTheirSizesAndLocalizedPathsComposed)
   EXPECT_EQ(KORVOMakeLocalizedPath(out, "C:\\base", 0, nullptr, nullptr), nullptr);
   EXPECT_EQ(KORVOMakeLocalizedPath(out, nullptr, 0, nullptr, "f"), nullptr);
   EXPECT_STREQ(out, "C:\\basemsg.txt") << "refusals leave the buffer alone";
+  cfg_set("MILayer\\Environment", "A", "1");
+  cfg_set("MILayer\\Environment", "B", std::string(4000, 'x'));  // data are not read
+  EXPECT_EQ(environment("MILayer"), (Names{"A", "B"}));
+  EXPECT_EQ(environment(nullptr), Names{});
+  EXPECT_EQ(KORVOCfgGetEnvironmentVars("MILayer", nullptr), nullptr);
+  // Names of 32 characters fit, 33 are refused; so are component paths of
+  // 256 characters.
+  cfg_set("C\\Environment", std::string(32, 'v'), "fits");
+  EXPECT_EQ(environment("C"), Names{std::string(32, 'v')});
+  cfg_set("C\\Environment", std::string(33, 'w'), "too long");
+  EXPECT_EQ(environment("C"), Names{});
+  const size_t fixed = cfg_path("\\Environment").size();
+  const std::string c255(255 - fixed, 'c'), c256(256 - fixed, 'c');
+  cfg_set(c255 + "\\Environment", "X", "1");
+  cfg_set(c256 + "\\Environment", "X", "1");
+  EXPECT_EQ(environment(c255.c_str()), Names{"X"});
+  EXPECT_EQ(environment(c256.c_str()), Names{});
 }
 
 TEST_F(Cfg, RegistrationsAndUserChecks) {
