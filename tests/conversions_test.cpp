@@ -160,7 +160,36 @@ int32_t open(int32_t from, int32_t to) {
   return h;
 }
 
-TEST(CodePage, ConvertsBothWaysWithoutOverflowAndTheRecordWithTheLocalCodeSet) {
+// Start-up through the registry: the conversion objects' folder comes from
+// the "Cpx_Objects_Path" setting, and trace lines then reach stderr. Then
+// conversions both ways and with the local code set.
+using CodePage = korutl_test::TempStore;
+
+TEST_F(CodePage, StartConversionsBothWaysAndTheRecordWithTheLocalCodeSet) {
+  const std::string folder = std::filesystem::temp_directory_path().string();
+  ASSERT_EQ(KORVOSaveSetting("Halcyra", "Global", "Cpx_Objects_Path",
+                             (folder + "/no-such-folder").c_str()),
+            1);
+  KORVOIntProdData *record = reinterpret_cast<KORVOIntProdData *>(&record);  // stale value
+  EXPECT_EQ(KORVOInitInternalProducts(&record), 0);
+  EXPECT_EQ(record, nullptr) << "a failed start leaves null";
+  int32_t h = 0;
+  EXPECT_EQ(cpx_open_conversion(1252, 65456, &h), CPX_E_NOT_STARTED) << "ended again";
+  // An existing folder starts it (so does an empty setting: the allocation
+  // sweep's case).
+  ASSERT_EQ(KORVOSaveSetting("Halcyra", "Global", "Cpx_Objects_Path", folder.c_str()), 1);
+  ASSERT_EQ(KORVOInitInternalProducts(&record), 1);
+  EXPECT_EQ(record->readyFlag1, 1);
+  EXPECT_EQ(record->readyFlag2, 1);
+  ::testing::internal::CaptureStderr();
+  intptr_t handle = 0;
+  oss_load_library("no-such-language.dll", &handle, "I18N/korstrng", 12);
+  const std::string err = ::testing::internal::GetCapturedStderr();
+  EXPECT_EQ(err.rfind("I18N/korstrng:12: oss_load_library: ", 0), 0u) << err;
+  KORVOCleanupInternalProducts(record);
+  EXPECT_EQ(KORVOInitInternalProducts(nullptr), 0);
+  oss_set_trace_func(nullptr, "test", __LINE__);
+  rsv_set_trace_func(nullptr, "test", __LINE__);
   ASSERT_EQ(cpx_init(), CPX_OK);
   const std::string cp1252 = "Gr\374\337e \200", utf8 = "Gr\303\274\303\237e \342\202\254";
   EXPECT_EQ(convert(open(1252, 65456), cp1252), utf8);
@@ -189,55 +218,22 @@ TEST(CodePage, ConvertsBothWaysWithoutOverflowAndTheRecordWithTheLocalCodeSet) {
   const char *local = "<refused>";  // u-umlaut has no ASCII form
 #endif
   ASSERT_EQ(cpx_init(), CPX_OK);
-  KORVOIntProdData *record = KORVOCreateIntProdData();
-  ASSERT_NE(record, nullptr);
-  EXPECT_EQ(record->readyFlag1, 0);
-  EXPECT_EQ(convert(*record->cpxToLocal, "\xC3\xBC"), local);
-  EXPECT_EQ(convert(*record->cpxToLocal, "\xE4\xB8\xAD"), "<refused>")
+  KORVOIntProdData *fresh = KORVOCreateIntProdData();
+  ASSERT_NE(fresh, nullptr);
+  EXPECT_EQ(fresh->readyFlag1, 0);
+  EXPECT_EQ(convert(*fresh->cpxToLocal, "\xC3\xBC"), local);
+  EXPECT_EQ(convert(*fresh->cpxToLocal, "\xE4\xB8\xAD"), "<refused>")
       << "no form, and no best-fit stand-in either";
-  EXPECT_EQ(convert(*record->cpxFromLocal, "plain"), "plain");
-  KORVODestroyIntProdData(record);
+  EXPECT_EQ(convert(*fresh->cpxFromLocal, "plain"), "plain");
+  KORVODestroyIntProdData(fresh);
   KORVODestroyIntProdData(nullptr);
   cpx_term();
   std::setlocale(LC_ALL, "C");
   unsetenv("LC_ALL");
-  // Cleanup ends the library even without a record. Good and bad object
-  // folders: the registry start below.
-  int32_t h = 0;
+  // Cleanup ends the library even without a record.
   ASSERT_EQ(cpx_init(), CPX_OK);
   KORVOCleanupInternalProducts(nullptr);
   EXPECT_EQ(cpx_open_conversion(1252, 65456, &h), CPX_E_NOT_STARTED);
-}
-
-// Start-up through the registry: the conversion objects' folder comes from
-// the "Cpx_Objects_Path" setting, and trace lines then reach stderr.
-using RegistryStart = korutl_test::TempStore;
-
-TEST_F(RegistryStart, ObjectsPathDecidesTheStart) {
-  const std::string folder = std::filesystem::temp_directory_path().string();
-  ASSERT_EQ(KORVOSaveSetting("Halcyra", "Global", "Cpx_Objects_Path",
-                             (folder + "/no-such-folder").c_str()),
-            1);
-  KORVOIntProdData *record = reinterpret_cast<KORVOIntProdData *>(&record);  // stale value
-  EXPECT_EQ(KORVOInitInternalProducts(&record), 0);
-  EXPECT_EQ(record, nullptr) << "a failed start leaves null";
-  int32_t h = 0;
-  EXPECT_EQ(cpx_open_conversion(1252, 65456, &h), CPX_E_NOT_STARTED) << "ended again";
-  // An existing folder starts it (so does an empty setting: the allocation
-  // sweep's case).
-  ASSERT_EQ(KORVOSaveSetting("Halcyra", "Global", "Cpx_Objects_Path", folder.c_str()), 1);
-  ASSERT_EQ(KORVOInitInternalProducts(&record), 1);
-  EXPECT_EQ(record->readyFlag1, 1);
-  EXPECT_EQ(record->readyFlag2, 1);
-  ::testing::internal::CaptureStderr();
-  intptr_t handle = 0;
-  oss_load_library("no-such-language.dll", &handle, "I18N/korstrng", 12);
-  const std::string err = ::testing::internal::GetCapturedStderr();
-  EXPECT_EQ(err.rfind("I18N/korstrng:12: oss_load_library: ", 0), 0u) << err;
-  KORVOCleanupInternalProducts(record);
-  EXPECT_EQ(KORVOInitInternalProducts(nullptr), 0);
-  oss_set_trace_func(nullptr, "test", __LINE__);
-  rsv_set_trace_func(nullptr, "test", __LINE__);
 }
 
 }  // namespace

@@ -46,7 +46,7 @@ Bytes first_block(const Bytes &b) { return Bytes(b.begin(), b.begin() + 8); }
 // With a zero initial vector the first CBC block is the plain block
 // cipher, so published ECB vectors check the key text reading and the mode
 // table end to end. Key texts are the base-95 spellings of the vector keys.
-TEST(SaferCrypt, FirstBlockMatchesPublishedVectorsModesAndKeysAlike) {
+TEST(SaferCrypt, PublishedVectorsModesKeysRefusalsAndLengthBlocks) {
   const std::tuple<const char *, int32_t, const char *, const char *, const char *> cases[] = {
       // Crypto++ saferval.dat, SAFER K-64, all-zero key.
       {"cryptopp K-64", 0, "", "0000000000000000", "032808C90EE7AB7F"},
@@ -86,14 +86,11 @@ TEST(SaferCrypt, FirstBlockMatchesPublishedVectorsModesAndKeysAlike) {
   Bytes other = plain;
   other[9] ^= 1;
   EXPECT_EQ(first_block(safer(0, other, "k").out), first_block(safer(0, plain, "k").out));
-}
-
-TEST(SaferCrypt, RefusedInputsAndLengthBlocks) {
   // Key texts with code 127; ciphertexts not a whole number of blocks, or
   // less than two; 8192 bytes or more either way.
-  const std::tuple<int32_t, size_t, const char *> cases[] = {
+  const std::tuple<int32_t, size_t, const char *> refused[] = {
       {1, 8, "\x7f"}, {1, 0, "k"}, {1, 5, "k"}, {3, 17, "k"}, {0, 8192, "k"}, {1, 8192, "k"}};
-  for (const auto &[mode, size, key] : cases)
+  for (const auto &[mode, size, key] : refused)
     EXPECT_EQ(safer(mode, Bytes(size), key).ok, 0) << mode << " " << size;
   // A length block of 0 must end the last data block.
   const Bytes two_blocks = safer(0, Bytes(16, 0), "k").out;
@@ -115,7 +112,32 @@ TEST(SaferCrypt, RefusedInputsAndLengthBlocks) {
   }
 }
 
-TEST(ObxCrypt, ObxKeystreamAndBase64KnownAnswersAndLenientDecoding) {
+// The front end's output, up to the length it reports; the byte after it
+// is kept in after_output.
+int after_output;
+Bytes front_end(bool protect, int32_t method, const Bytes &in, const char *key) {
+  Bytes out(in.size() + 32, 0xAA);
+  uint32_t len = 0xDEADBEEF;
+  (protect ? KORVOCSCryptBuffer : KORVOCSDecryptBuffer)(
+      method, in.data(), static_cast<uint32_t>(in.size()), out.data(), &len, key);
+  EXPECT_LT(len, out.size());
+  after_output = out[len];
+  return Bytes(out.begin(), out.begin() + len);
+}
+
+// The output text, or "<untouched>" when the call wrote nothing at all;
+// `negative`: the length passed is -1.
+std::string prepare(int32_t mode, const std::string &in, bool negative = false) {
+  std::vector<char> out(8192, 'Q');
+  uint32_t len = 0xDEADBEEF;
+  const auto n = negative ? -1 : static_cast<int32_t>(in.size());
+  KORVOCSPrepareBinaryBuffer(mode, in.data(), n, out.data(), &len);
+  if (len == 0xDEADBEEF && out[0] == 'Q') return "<untouched>";
+  EXPECT_EQ(out[len], 0) << "terminator, mode " << mode;
+  return std::string(out.data(), len);
+}
+
+TEST(CryptBuffer, ScramblerBase64MethodsAndBinaryPreparation) {
   // Empty key: the keystream is 0, 7, 21, 42, 70, so zero bytes show it.
   uint8_t zeros[5] = {};
   KORVOObxCrypt(1, nullptr, 0, zeros, 5);
@@ -149,34 +171,6 @@ TEST(ObxCrypt, ObxKeystreamAndBase64KnownAnswersAndLenientDecoding) {
   EXPECT_EQ(KORVOBase64Crypt(1, "abc", out, 0), 0);
   EXPECT_EQ(KORVOBase64Crypt(0, "abcd", out, -8), 0);
   EXPECT_STREQ(out, "xyz");
-}
-
-// The front end's output, up to the length it reports; the byte after it
-// is kept in after_output.
-int after_output;
-Bytes front_end(bool protect, int32_t method, const Bytes &in, const char *key) {
-  Bytes out(in.size() + 32, 0xAA);
-  uint32_t len = 0xDEADBEEF;
-  (protect ? KORVOCSCryptBuffer : KORVOCSDecryptBuffer)(
-      method, in.data(), static_cast<uint32_t>(in.size()), out.data(), &len, key);
-  EXPECT_LT(len, out.size());
-  after_output = out[len];
-  return Bytes(out.begin(), out.begin() + len);
-}
-
-// The output text, or "<untouched>" when the call wrote nothing at all;
-// `negative`: the length passed is -1.
-std::string prepare(int32_t mode, const std::string &in, bool negative = false) {
-  std::vector<char> out(8192, 'Q');
-  uint32_t len = 0xDEADBEEF;
-  const auto n = negative ? -1 : static_cast<int32_t>(in.size());
-  KORVOCSPrepareBinaryBuffer(mode, in.data(), n, out.data(), &len);
-  if (len == 0xDEADBEEF && out[0] == 'Q') return "<untouched>";
-  EXPECT_EQ(out[len], 0) << "terminator, mode " << mode;
-  return std::string(out.data(), len);
-}
-
-TEST(CryptBuffer, MethodsRoundTripFailuresGiveNothingAndBinaryPreparation) {
   const Bytes text = bytes_of("Halcyra protected value");
   for (const int32_t method : {1, 2})
     EXPECT_EQ(front_end(false, method, front_end(true, method, text, "k"), "k"), text) << method;
@@ -194,12 +188,12 @@ TEST(CryptBuffer, MethodsRoundTripFailuresGiveNothingAndBinaryPreparation) {
   }
   EXPECT_EQ(front_end(true, 1, Bytes(2048, 'a'), "k").size(), 2048u);
   // Failures give an empty, terminated output.
-  for (const auto &[protect, method, in, key] :
+  for (const auto &[protect, method, in, key_text] :
        {std::tuple<bool, int32_t, Bytes, const char *>{true, 1, Bytes(2049, 'a'), "k"},
         {true, 1, Bytes(4, 'a'), nullptr},
         {false, 2, Bytes(13, 1), "k"},
         {true, 2, Bytes(4, 1), "bad\tkey"}}) {
-    EXPECT_EQ(front_end(protect, method, in, key), Bytes{}) << method << " " << in.size();
+    EXPECT_EQ(front_end(protect, method, in, key_text), Bytes{}) << method << " " << in.size();
     EXPECT_EQ(after_output, 0);
   }
   EXPECT_EQ(prepare(1, "abc"), "A2FiYw==");

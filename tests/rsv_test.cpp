@@ -53,7 +53,7 @@ std::string text_of(const std::string &key, const char *name) {
   return rsv_get_value(key.c_str(), name, buf, &len, AT) == RSV_OK ? buf : "<unread>";
 }
 
-TEST_F(RsvTest, MissingStoreStaysMissingAndNamesAreCaseInsensitivePreservedAndOrdered) {
+TEST_F(RsvTest, KeysAndValuesNamesLengthsAndBadPaths) {
   uint16_t n = 99;
   EXPECT_EQ(rsv_query_key(root.c_str(), &n, nullptr, AT), RSV_E_NO_KEY);
   EXPECT_EQ(rsv_get_value(root.c_str(), "x", nullptr, nullptr, AT), RSV_E_NO_KEY);
@@ -89,9 +89,6 @@ TEST_F(RsvTest, MissingStoreStaysMissingAndNamesAreCaseInsensitivePreservedAndOr
   std::sort(values.begin(), values.end());
   EXPECT_EQ(values, (Names{"Eta", "alpha", std::string(32, 'n'), "zeta"}));
   EXPECT_EQ(text_of(key, "Zeta"), "ZETA");
-}
-
-TEST_F(RsvTest, ValueLengthsCapacitiesAndBadPathsOrArguments) {
   ASSERT_EQ(rsv_create_key(root.c_str(), AT), RSV_OK);
   ASSERT_EQ(rsv_set_value(root.c_str(), "t", "hello", AT), RSV_OK);
   uint16_t len = 0;

@@ -23,7 +23,7 @@ std::string take(char *allocated) {
 }
 
 // The edge cases that key-text and escape readers depend on.
-TEST(Digits, DigitsTrimHostNamesQuotingAndMarkup) {
+TEST(Strings, DigitsTrimHostNamesQuotingAndMarkup) {
   // Code, then the values of KORVOHex2Int, KORVOChar2Int and KORVOGetValueOfHexDigit.
   const int cases[][4] = {{':', 96, 26, 0},  {'g', 97, 71, 0}, {0, 95, 95, 0},    {' ', 97, 0, 0},
                           {'~', 97, 94, 0},  {127, 97, 97, 0}, {'C', 12, 35, 12}, {'0', 0, 16, 0},
@@ -72,7 +72,20 @@ TEST(Digits, DigitsTrimHostNamesQuotingAndMarkup) {
 }
 
 // Extraction sees every field, the empty ones too, but a leading separator.
-TEST(Words, WordsAndEscapes) {
+struct Destroy {
+  void operator()(KORVOObjectId *id) const { KORVOStrDestroyObjectId(id); }
+};
+using Id = std::unique_ptr<KORVOObjectId, Destroy>;
+
+// The parts, each followed by '|'.
+std::string parts(const KORVOObjectId *id) {
+  std::string out;
+  for (int32_t i = 0; i < KORVOStrGetNumberOfParts(id); ++i)
+    out += std::string(KORVOStrGetPart(id, i)) + "|";
+  return out;
+}
+
+TEST(Strings, WordsEscapesAndObjectIds) {
   EXPECT_EQ(KORVOStrGetWordCount("  a  b  ", ' '), 2);
   EXPECT_EQ(KORVOStrGetWordCount("a,,b", ','), 2);
   EXPECT_EQ(KORVOStrGetWordCount(nullptr, ','), 0);
@@ -114,24 +127,8 @@ TEST(Words, WordsAndEscapes) {
   char multi[] = "p%20q\0r\0";
   EXPECT_EQ(KORVOStrRestoreSpecialChars1(multi), 0);
   EXPECT_EQ(std::memcmp(multi, "p q\0r", 5), 0);
-}
-
-struct Destroy {
-  void operator()(KORVOObjectId *id) const { KORVOStrDestroyObjectId(id); }
-};
-using Id = std::unique_ptr<KORVOObjectId, Destroy>;
-
-// The parts, each followed by '|'.
-std::string parts(const KORVOObjectId *id) {
-  std::string out;
-  for (int32_t i = 0; i < KORVOStrGetNumberOfParts(id); ++i)
-    out += std::string(KORVOStrGetPart(id, i)) + "|";
-  return out;
-}
-
-TEST(ObjectId, ParsingAccessorsLimitsParentAndCompare) {
   // Text, parts, canonical text: no empty part and no word lost.
-  const char *cases[][3] = {
+  const char *ids[][3] = {
       {"localhost\\Halcyra\\2.2.1.3\\", "localhost|Halcyra|2.2.1.3|",
        "\\localhost\\Halcyra\\2.2.1.3"},
       {"\\", "", ""},
@@ -139,7 +136,7 @@ TEST(ObjectId, ParsingAccessorsLimitsParentAndCompare) {
       {"\\a%20b\\c%5Cd", "a b|c\\d|", "\\a%20b\\c%5Cd"},
       {"\\%u00e9t%u00e9", "\xC3\xA9t\xC3\xA9|", "\\\xC3\xA9t\xC3\xA9"},
   };
-  for (const auto &[text, want, canonical] : cases) {
+  for (const auto &[text, want, canonical] : ids) {
     const Id id(KORVOStrCreateObjectId(text, nullptr));
     EXPECT_EQ(parts(id.get()), want) << text;
     EXPECT_STREQ(KORVOStrGetObjectIdString(id.get()), canonical) << text;

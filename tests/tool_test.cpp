@@ -41,7 +41,7 @@ class Tool : public korutl_test::ToolStore {
   }
 };
 
-TEST_F(Tool, StatusesAndTextSubcommands) {
+TEST_F(Tool, SubcommandsRegistryTypesAndFilters) {
   expect("version", 0,
          "name=Halcyra Utility Library\nversion=2.2.1.3\nrelease=8\nfile=korutl.dll\n");
   expect("--help", 0);
@@ -55,9 +55,6 @@ TEST_F(Tool, StatusesAndTextSubcommands) {
   expect("match -i *.LOG app.log b.Log", 0);
   expect("match *.log app.log app.txt", 1);
   expect("unescape a%20b%5Cc%u0041", 0, "a b\\cA\n");
-}
-
-TEST_F(Tool, RegistryTypesLanguagesMessagesAndUsers) {
   expect("lang register Orrery 3 German orr_de.dll", 0);
   expect("lang list Orrery 3", 0, "German=orr_de.dll\n");
   expect("msg --oid \\h\\Orrery\\3 --lang German ORR_LANGUAGE", 0, "Deutsch\n");
@@ -85,9 +82,6 @@ TEST_F(Tool, RegistryTypesLanguagesMessagesAndUsers) {
          "  Use_Strict_Version (REG_SZ) = 0\n  Versions\\\n");
   expect("reg delete HKLM\\SOFTWARE /f", 0);
   expect("reg query " + key, 1);
-}
-
-TEST_F(Tool, FiltersRoundTrip) {
   setenv("K8", "right", 1);
   const std::string key_file = "--key-file " + input("key", "right\n");
   // Each key source, method and armor once.

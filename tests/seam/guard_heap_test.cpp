@@ -33,7 +33,7 @@ class GuardHeap : public ::testing::Test {
 
 // Every block ends where its guard page begins, after fill bytes and its
 // header; nmalloc leaves fill bytes in the block, ncalloc zeros.
-TEST_F(GuardHeap, LayoutFollowsThePageSize) {
+TEST_F(GuardHeap, LayoutFollowsThePageSizeOversizedRegionsAreRefusedReallocCopies) {
   const uint32_t P = heap_page_size();
   // P - kHeaderSlot bytes are the most that one data page holds.
   for (const uint32_t request : {0u, 1u, 7u, 8u, P - kHeaderSlot, P - kHeaderSlot + 1, 3 * P})
@@ -54,6 +54,34 @@ TEST_F(GuardHeap, LayoutFollowsThePageSize) {
       EXPECT_EQ(info.Protect, PAGE_NOACCESS);
       nfree(user);
     }
+  // Regions whose size does not fit in 32 bits are refused, counting
+  // nothing. What the others count, the report shows (MemoryTableReport).
+  const Totals before = totals_snapshot();
+  EXPECT_EQ(nmalloc(UINT32_MAX), nullptr);
+  EXPECT_EQ(nmalloc(UINT32_MAX - heap_page_size()), nullptr);
+  EXPECT_EQ(ncalloc(1, UINT32_MAX - kHeaderSlot + 1), nullptr);
+  EXPECT_TRUE(totals_snapshot() == before);
+  auto *ten = static_cast<unsigned char *>(nmalloc(10));
+  std::memcpy(ten, "0123456789", 10);
+  auto *four = static_cast<unsigned char *>(nrealloc(ten, 4));
+  ASSERT_NE(four, nullptr);
+  EXPECT_EQ(std::memcmp(four, "0123", 4), 0);
+  auto *again = static_cast<unsigned char *>(nrealloc(four, 10));
+  EXPECT_EQ(std::memcmp(again, "0123\xAA\xAA\xAA\xAA\xAA\xAA", 10), 0);
+  BlockHeader h;
+  EXPECT_FALSE(nblock_find(four, &h));  // the old block is gone
+  EXPECT_EQ(nrealloc(again, 0), nullptr);
+  EXPECT_FALSE(nblock_find(again, &h));
+  // A stray pointer: both boxes are shown, and nothing is copied.
+  int on_stack = 7;
+  testing::internal::CaptureStderr();
+  void *fresh = nrealloc(&on_stack, 4);
+  const std::string err = testing::internal::GetCapturedStderr();
+  ASSERT_NE(fresh, nullptr);
+  EXPECT_NE(err.find("on nrealloc()!"), std::string::npos);
+  EXPECT_NE(err.find("on nfree()!"), std::string::npos);
+  EXPECT_EQ(static_cast<unsigned char *>(fresh)[0], 0xAA);
+  nfree(fresh);
 }
 
 class GuardHeapDeath : public GuardHeap, public ::testing::WithParamInterface<uint32_t> {};
@@ -105,37 +133,6 @@ TEST_F(GuardHeap, MismatchAnsweredYesBreaks) {
   int on_stack = 0;
   EXPECT_BREAKPOINT((setenv("KORVO_MESSAGEBOX_ANSWER", "yes", 1), nfree(&on_stack)),
                     "Activate breakpoint");
-}
-
-// Regions whose size does not fit in 32 bits are refused, counting
-// nothing. What the others count, the report shows (MemoryTableReport).
-TEST_F(GuardHeap, OversizedRegionsAreRefusedAndReallocCopiesTheSmallerSize) {
-  const Totals before = totals_snapshot();
-  EXPECT_EQ(nmalloc(UINT32_MAX), nullptr);
-  EXPECT_EQ(nmalloc(UINT32_MAX - heap_page_size()), nullptr);
-  EXPECT_EQ(ncalloc(1, UINT32_MAX - kHeaderSlot + 1), nullptr);
-  EXPECT_TRUE(totals_snapshot() == before);
-  auto *ten = static_cast<unsigned char *>(nmalloc(10));
-  std::memcpy(ten, "0123456789", 10);
-  auto *four = static_cast<unsigned char *>(nrealloc(ten, 4));
-  ASSERT_NE(four, nullptr);
-  EXPECT_EQ(std::memcmp(four, "0123", 4), 0);
-  auto *again = static_cast<unsigned char *>(nrealloc(four, 10));
-  EXPECT_EQ(std::memcmp(again, "0123\xAA\xAA\xAA\xAA\xAA\xAA", 10), 0);
-  BlockHeader h;
-  EXPECT_FALSE(nblock_find(four, &h));  // the old block is gone
-  EXPECT_EQ(nrealloc(again, 0), nullptr);
-  EXPECT_FALSE(nblock_find(again, &h));
-  // A stray pointer: both boxes are shown, and nothing is copied.
-  int on_stack = 7;
-  testing::internal::CaptureStderr();
-  void *fresh = nrealloc(&on_stack, 4);
-  const std::string err = testing::internal::GetCapturedStderr();
-  ASSERT_NE(fresh, nullptr);
-  EXPECT_NE(err.find("on nrealloc()!"), std::string::npos);
-  EXPECT_NE(err.find("on nfree()!"), std::string::npos);
-  EXPECT_EQ(static_cast<unsigned char *>(fresh)[0], 0xAA);
-  nfree(fresh);
 }
 
 // A program's life: a million blocks, up to 10,000 live at once. Without
