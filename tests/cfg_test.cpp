@@ -54,7 +54,7 @@ Names environment(const char *component, uint16_t n = 99) {
 
 using Cfg = korutl_test::TempStore;
 
-TEST_F(Cfg, VersionsAndInstancesAreListedGreatestFirstAndOverlongNamesRefused) {
+TEST_F(Cfg, VersionsInstancesAndAgentsAreFoundAndOverlongNamesRefused) {
   for (const char *v : {"2.2.1", "3", "2.10\\Instances\\1", "2.10\\Instances\\10",
                         "2.10\\Instances\\2", "V2.3-beta", "2.2.1.3.9", "43", "1"})
     cfg_key(versions + v);
@@ -96,9 +96,6 @@ TEST_F(Cfg, VersionsAndInstancesAreListedGreatestFirstAndOverlongNamesRefused) {
   EXPECT_EQ(take(KORVOCfgLocateAgentKeyEx("P", "3", "a", a255.c_str())), agent("3", "a", a255));
   EXPECT_EQ(take(KORVOCfgLocateAgentKeyEx("P", "3", "a", a256.c_str())), "(null)");
   EXPECT_EQ(take(KORVOCfgGetAgentConfig(agent("3", "a", a256).c_str(), "Port")), "(null)");
-}
-
-TEST_F(Cfg, AgentsAreLocatedAndTheirValuesFallBackToTheVersion) {
   // 3 has instances a (first) and b; 2.10 has 1, 2 and 10.
   for (const char *a : {"3\\Instances\\a\\Agents\\Web", "3\\Instances\\b\\Agents\\Db",
                         "2.10\\Instances\\1\\Agents\\Db", "2.10\\Instances\\2\\Agents\\Web",
@@ -234,7 +231,7 @@ bool key_exists(const std::string &key) {
   return rsv_query_key(cfg_path(key).c_str(), nullptr, nullptr, "t", 1) == RSV_OK;
 }
 
-TEST_F(Cfg, SettingsAndEnvironmentNamesWithinTheirSizesAndLocalizedPaths) {
+TEST_F(Cfg, SettingsEnvironmentRegistrationsAndUsers) {
   EXPECT_EQ(setting("Global", "Install_Path"), "dflt");
   char out[1024] = "junk";
   EXPECT_EQ(KORVOGetInstallPath(out), out);
@@ -284,9 +281,6 @@ TEST_F(Cfg, SettingsAndEnvironmentNamesWithinTheirSizesAndLocalizedPaths) {
   cfg_set(c256 + "\\Environment", "X", "1");
   EXPECT_EQ(environment(c255.c_str()), Names{"X"});
   EXPECT_EQ(environment(c256.c_str()), Names{});
-}
-
-TEST_F(Cfg, RegistrationsAndUserChecks) {
   EXPECT_EQ(KORVOCfgDeRegisterLanguageFile("P", "1.0"), 0);  // nothing registered
   EXPECT_EQ(KORVOCfgDeRegisterMessageFile("P", "1.0"), 0);
   EXPECT_EQ(KORVOCfgRegisterLanguageFile("P", "1.0", "German", "p_de.dll"), 0);

@@ -77,7 +77,30 @@ Converted<uint16_t> decode(const std::string &in, size_t room = 256) {
 
 U16 units(const std::u16string &s) { return U16(s.begin(), s.end()); }
 
-TEST(UtfConversions, KnownAnswersAndWhereConversionsStopUtf7Too) {
+// The converted text, or "<refused>" (the length then untouched).
+std::string convert(int32_t handle, const std::string &in, intptr_t capacity = 16,
+                    intptr_t flags = CPX_TERMINATE) {
+  char out[24];
+  std::memset(out, 'x', sizeof out);
+  int32_t written = -7;
+  const int32_t ok = KORVOCpxConversion(
+      &handle, reinterpret_cast<intptr_t>(in.data()), static_cast<intptr_t>(in.size()),
+      reinterpret_cast<intptr_t>(out), capacity, reinterpret_cast<intptr_t>(&written), flags);
+  EXPECT_EQ(out[capacity], 'x') << "wrote past the capacity";
+  if (ok == 0) return written == -7 ? "<refused>" : "<refused, length changed>";
+  EXPECT_TRUE(flags != CPX_TERMINATE || out[written] == '\0');
+  return std::string(out, static_cast<size_t>(written));
+}
+
+int32_t open(int32_t from, int32_t to) {
+  int32_t h = -1;
+  EXPECT_EQ(cpx_open_conversion(from, to, &h), CPX_OK);
+  return h;
+}
+
+using Conversions = korutl_test::TempStore;
+
+TEST_F(Conversions, UnicodeFormsCodePagesAndTheirStart) {
   EXPECT_EQ(run(KORVOConvertUCS4toUTF16, U32{0x1F600}).out, (U16{0xD83D, 0xDE00}));
   // The UCS-4 encoder joins a pair given as two units; lone and reversed
   // surrogates pass through the UTF-16 decoders (through UTF-8 as well:
@@ -137,35 +160,8 @@ TEST(UtfConversions, KnownAnswersAndWhereConversionsStopUtf7Too) {
   EXPECT_EQ(decode("+-", 0).result, CONV_TARGET_EXHAUSTED);
   EXPECT_EQ(KORVOConvertUCS2toUTF7(nullptr, nullptr, nullptr, nullptr, 0, 0), CONV_OK);
   EXPECT_EQ(KORVOConvertUTF7toUCS2(nullptr, nullptr, nullptr, nullptr), CONV_OK);
-}
-
-// The converted text, or "<refused>" (the length then untouched).
-std::string convert(int32_t handle, const std::string &in, intptr_t capacity = 16,
-                    intptr_t flags = CPX_TERMINATE) {
-  char out[24];
-  std::memset(out, 'x', sizeof out);
-  int32_t written = -7;
-  const int32_t ok = KORVOCpxConversion(
-      &handle, reinterpret_cast<intptr_t>(in.data()), static_cast<intptr_t>(in.size()),
-      reinterpret_cast<intptr_t>(out), capacity, reinterpret_cast<intptr_t>(&written), flags);
-  EXPECT_EQ(out[capacity], 'x') << "wrote past the capacity";
-  if (ok == 0) return written == -7 ? "<refused>" : "<refused, length changed>";
-  EXPECT_TRUE(flags != CPX_TERMINATE || out[written] == '\0');
-  return std::string(out, static_cast<size_t>(written));
-}
-
-int32_t open(int32_t from, int32_t to) {
-  int32_t h = -1;
-  EXPECT_EQ(cpx_open_conversion(from, to, &h), CPX_OK);
-  return h;
-}
-
-// Start-up through the registry: the conversion objects' folder comes from
-// the "Cpx_Objects_Path" setting, and trace lines then reach stderr. Then
-// conversions both ways and with the local code set.
-using CodePage = korutl_test::TempStore;
-
-TEST_F(CodePage, StartConversionsBothWaysAndTheRecordWithTheLocalCodeSet) {
+  // Start-up through the registry: the conversion objects' folder comes
+  // from the "Cpx_Objects_Path" setting, and trace lines then reach stderr.
   const std::string folder = std::filesystem::temp_directory_path().string();
   ASSERT_EQ(KORVOSaveSetting("Halcyra", "Global", "Cpx_Objects_Path",
                              (folder + "/no-such-folder").c_str()),

@@ -46,7 +46,32 @@ Bytes first_block(const Bytes &b) { return Bytes(b.begin(), b.begin() + 8); }
 // With a zero initial vector the first CBC block is the plain block
 // cipher, so published ECB vectors check the key text reading and the mode
 // table end to end. Key texts are the base-95 spellings of the vector keys.
-TEST(SaferCrypt, PublishedVectorsModesKeysRefusalsAndLengthBlocks) {
+// The front end's output, up to the length it reports; the byte after it
+// is kept in after_output.
+int after_output;
+Bytes front_end(bool protect, int32_t method, const Bytes &in, const char *key) {
+  Bytes out(in.size() + 32, 0xAA);
+  uint32_t len = 0xDEADBEEF;
+  (protect ? KORVOCSCryptBuffer : KORVOCSDecryptBuffer)(
+      method, in.data(), static_cast<uint32_t>(in.size()), out.data(), &len, key);
+  EXPECT_LT(len, out.size());
+  after_output = out[len];
+  return Bytes(out.begin(), out.begin() + len);
+}
+
+// The output text, or "<untouched>" when the call wrote nothing at all;
+// `negative`: the length passed is -1.
+std::string prepare(int32_t mode, const std::string &in, bool negative = false) {
+  std::vector<char> out(8192, 'Q');
+  uint32_t len = 0xDEADBEEF;
+  const auto n = negative ? -1 : static_cast<int32_t>(in.size());
+  KORVOCSPrepareBinaryBuffer(mode, in.data(), n, out.data(), &len);
+  if (len == 0xDEADBEEF && out[0] == 'Q') return "<untouched>";
+  EXPECT_EQ(out[len], 0) << "terminator, mode " << mode;
+  return std::string(out.data(), len);
+}
+
+TEST(Crypt, SaferScramblerBase64FrontEndAndBinaryPreparation) {
   const std::tuple<const char *, int32_t, const char *, const char *, const char *> cases[] = {
       // Crypto++ saferval.dat, SAFER K-64, all-zero key.
       {"cryptopp K-64", 0, "", "0000000000000000", "032808C90EE7AB7F"},
@@ -95,11 +120,11 @@ TEST(SaferCrypt, PublishedVectorsModesKeysRefusalsAndLengthBlocks) {
   // A length block of 0 must end the last data block.
   const Bytes two_blocks = safer(0, Bytes(16, 0), "k").out;
   EXPECT_EQ(safer(1, Bytes(two_blocks.begin(), two_blocks.begin() + 16), "k").ok, 0);
-  uint8_t out[32];
+  uint8_t block[32];
   uint32_t len = 0;
-  EXPECT_EQ(KORVOSaferCrypt(0, out, 8, out, &len, nullptr), 0);
-  EXPECT_EQ(KORVOSaferCrypt(0, nullptr, 8, out, &len, "k"), 0);
-  EXPECT_EQ(KORVOSaferCrypt(0, out, 8, nullptr, &len, "k"), 0);
+  EXPECT_EQ(KORVOSaferCrypt(0, block, 8, block, &len, nullptr), 0);
+  EXPECT_EQ(KORVOSaferCrypt(0, nullptr, 8, block, &len, "k"), 0);
+  EXPECT_EQ(KORVOSaferCrypt(0, block, 8, nullptr, &len, "k"), 0);
   // Ciphertexts whose length block decodes to a bad bit count: a one-block
   // ciphertext is the encrypted length block of an empty plaintext, so
   // encrypting chosen 8 bytes as data and keeping the first block makes one.
@@ -110,34 +135,6 @@ TEST(SaferCrypt, PublishedVectorsModesKeysRefusalsAndLengthBlocks) {
     EXPECT_EQ(r.ok, std::string(length_block) == "0000000000000000" ? 1 : 0) << length_block;
     EXPECT_TRUE(r.out.empty()) << length_block;
   }
-}
-
-// The front end's output, up to the length it reports; the byte after it
-// is kept in after_output.
-int after_output;
-Bytes front_end(bool protect, int32_t method, const Bytes &in, const char *key) {
-  Bytes out(in.size() + 32, 0xAA);
-  uint32_t len = 0xDEADBEEF;
-  (protect ? KORVOCSCryptBuffer : KORVOCSDecryptBuffer)(
-      method, in.data(), static_cast<uint32_t>(in.size()), out.data(), &len, key);
-  EXPECT_LT(len, out.size());
-  after_output = out[len];
-  return Bytes(out.begin(), out.begin() + len);
-}
-
-// The output text, or "<untouched>" when the call wrote nothing at all;
-// `negative`: the length passed is -1.
-std::string prepare(int32_t mode, const std::string &in, bool negative = false) {
-  std::vector<char> out(8192, 'Q');
-  uint32_t len = 0xDEADBEEF;
-  const auto n = negative ? -1 : static_cast<int32_t>(in.size());
-  KORVOCSPrepareBinaryBuffer(mode, in.data(), n, out.data(), &len);
-  if (len == 0xDEADBEEF && out[0] == 'Q') return "<untouched>";
-  EXPECT_EQ(out[len], 0) << "terminator, mode " << mode;
-  return std::string(out.data(), len);
-}
-
-TEST(CryptBuffer, ScramblerBase64MethodsAndBinaryPreparation) {
   // Empty key: the keystream is 0, 7, 21, 42, 70, so zero bytes show it.
   uint8_t zeros[5] = {};
   KORVOObxCrypt(1, nullptr, 0, zeros, 5);

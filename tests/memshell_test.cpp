@@ -37,18 +37,15 @@ unsigned long total(const std::string &text, const char *line, int column) {
   return value;
 }
 
-TEST(MemShellMode, FollowsBuildSettingAndEnvironment) {
+TEST(MemShellMode, FollowsBuildSettingAndEnvironmentAndBlocksBehaveAsStandardHeaps) {
   const char *value = std::getenv("KORVO_MEMORY_SHELL");
   const bool expected =
       (value != nullptr && std::strcmp(value, "0") == 0) ? false : KORUTL_MEMORY_SHELL_DEFAULT_ON;
   EXPECT_EQ(shell_on(), expected) << "KORVO_MEMORY_SHELL="
                                   << (value != nullptr ? value : "(unset)");
-}
-
-// Either mode: a calloc product beyond 32 bits is refused, and blocks keep
-// their contents through mrealloc. The guard heap's own copying and zeroing
-// are tested on the library's internal objects.
-TEST(MemShell, BlocksBehaveAsTheStandardHeapsDo) {
+  // Either mode: a calloc product beyond 32 bits is refused, and blocks keep
+  // their contents through mrealloc. The guard heap's own copying and zeroing
+  // are tested on the library's internal objects.
   EXPECT_EQ(mcalloc(0x10000, 0x10000, 1, "f"), nullptr);
   EXPECT_EQ(mcalloc(UINT32_MAX, 2, 1, "f"), nullptr);
   mfree(mcalloc(0, UINT32_MAX, 1, "f"));  // 0 stays 0

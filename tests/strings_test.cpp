@@ -22,8 +22,21 @@ std::string take(char *allocated) {
   return s;
 }
 
+struct Destroy {
+  void operator()(KORVOObjectId *id) const { KORVOStrDestroyObjectId(id); }
+};
+using Id = std::unique_ptr<KORVOObjectId, Destroy>;
+
+// The parts, each followed by '|'.
+std::string parts(const KORVOObjectId *id) {
+  std::string out;
+  for (int32_t i = 0; i < KORVOStrGetNumberOfParts(id); ++i)
+    out += std::string(KORVOStrGetPart(id, i)) + "|";
+  return out;
+}
+
 // The edge cases that key-text and escape readers depend on.
-TEST(Strings, DigitsTrimHostNamesQuotingAndMarkup) {
+TEST(Strings, DigitsTrimHostNamesQuotingMarkupWordsEscapesAndObjectIds) {
   // Code, then the values of KORVOHex2Int, KORVOChar2Int and KORVOGetValueOfHexDigit.
   const int cases[][4] = {{':', 96, 26, 0},  {'g', 97, 71, 0}, {0, 95, 95, 0},    {' ', 97, 0, 0},
                           {'~', 97, 94, 0},  {127, 97, 97, 0}, {'C', 12, 35, 12}, {'0', 0, 16, 0},
@@ -69,23 +82,7 @@ TEST(Strings, DigitsTrimHostNamesQuotingAndMarkup) {
   // Too small to hold even the quotes or the null literal: refused.
   EXPECT_EQ(KORVOStrGetQuotedJSString("abc", buf, 2), nullptr);
   EXPECT_EQ(KORVOStrGetQuotedJSString(nullptr, buf, 4), nullptr);
-}
-
-// Extraction sees every field, the empty ones too, but a leading separator.
-struct Destroy {
-  void operator()(KORVOObjectId *id) const { KORVOStrDestroyObjectId(id); }
-};
-using Id = std::unique_ptr<KORVOObjectId, Destroy>;
-
-// The parts, each followed by '|'.
-std::string parts(const KORVOObjectId *id) {
-  std::string out;
-  for (int32_t i = 0; i < KORVOStrGetNumberOfParts(id); ++i)
-    out += std::string(KORVOStrGetPart(id, i)) + "|";
-  return out;
-}
-
-TEST(Strings, WordsEscapesAndObjectIds) {
+  // Extraction sees every field, the empty ones too, but a leading separator.
   EXPECT_EQ(KORVOStrGetWordCount("  a  b  ", ' '), 2);
   EXPECT_EQ(KORVOStrGetWordCount("a,,b", ','), 2);
   EXPECT_EQ(KORVOStrGetWordCount(nullptr, ','), 0);
@@ -93,14 +90,14 @@ TEST(Strings, WordsEscapesAndObjectIds) {
       {"a,,b", 1, ""}, {"a,,b", 2, "b"}, {"a,,b", 3, ""},
       {",a", 0, "a"},  {",,a", 0, ""},   {"a,b,", 2, ""}};
   for (const auto &[text, index, want] : words) {
-    char buf[8] = "ZZZZZZZ";
-    EXPECT_EQ(KORVOStrGetWord(text, buf, ',', index), std::strlen(want));
-    EXPECT_STREQ(buf, want) << text << " " << index;
+    char word[8] = "ZZZZZZZ";
+    EXPECT_EQ(KORVOStrGetWord(text, word, ',', index), std::strlen(want));
+    EXPECT_STREQ(word, want) << text << " " << index;
   }
-  char buf[4] = "xyz";
-  EXPECT_EQ(KORVOStrGetWord(nullptr, buf, ',', 0), 0u);
-  EXPECT_EQ(KORVOStrGetWord("a", buf, ',', -1), 0u);
-  EXPECT_STREQ(buf, "xyz");
+  char kept[4] = "xyz";
+  EXPECT_EQ(KORVOStrGetWord(nullptr, kept, ',', 0), 0u);
+  EXPECT_EQ(KORVOStrGetWord("a", kept, ',', -1), 0u);
+  EXPECT_STREQ(kept, "xyz");
   EXPECT_EQ(KORVOStrGetWord("a", nullptr, ',', 0), 0u);
   char out[32];
   EXPECT_EQ(KORVOStrStoreSpecialChars("a b\\c", nullptr), 2);
@@ -109,16 +106,16 @@ TEST(Strings, WordsEscapesAndObjectIds) {
   // Non-digits count as 0 (a zero byte ends the text); "%U" is a byte
   // escape; the byte pass may make a Unicode escape; three-byte forms fit
   // in the six characters; surrogates are never paired.
-  const char *cases[][2] = {{"a%20b%5Cc", "a b\\c"},
-                            {"x%4", "x%4"},
-                            {"ab%zzcd", "ab"},
-                            {"%u00E9", "\xC3\xA9"},
-                            {"%U0041", ""},
-                            {"%25u0041", "A"},
-                            {"%u20AC", "\xE2\x82\xAC"},
-                            {"%uD800%uDC00", "\xED\xA0\x80\xED\xB0\x80"},
-                            {"%u004", "%u004"}};
-  for (const auto &[in, want] : cases) {
+  const char *escapes[][2] = {{"a%20b%5Cc", "a b\\c"},
+                              {"x%4", "x%4"},
+                              {"ab%zzcd", "ab"},
+                              {"%u00E9", "\xC3\xA9"},
+                              {"%U0041", ""},
+                              {"%25u0041", "A"},
+                              {"%u20AC", "\xE2\x82\xAC"},
+                              {"%uD800%uDC00", "\xED\xA0\x80\xED\xB0\x80"},
+                              {"%u004", "%u004"}};
+  for (const auto &[in, want] : escapes) {
     std::string text = in;
     EXPECT_EQ(KORVOStrRestoreSpecialChars(text.data()), 0);
     EXPECT_STREQ(text.c_str(), want) << in;

@@ -33,7 +33,7 @@ class GuardHeap : public ::testing::Test {
 
 // Every block ends where its guard page begins, after fill bytes and its
 // header; nmalloc leaves fill bytes in the block, ncalloc zeros.
-TEST_F(GuardHeap, LayoutFollowsThePageSizeOversizedRegionsAreRefusedReallocCopies) {
+TEST_F(GuardHeap, LayoutOversizedRegionsReallocAndMismatchedPointers) {
   const uint32_t P = heap_page_size();
   // P - kHeaderSlot bytes are the most that one data page holds.
   for (const uint32_t request : {0u, 1u, 7u, 8u, P - kHeaderSlot, P - kHeaderSlot + 1, 3 * P})
@@ -82,28 +82,6 @@ TEST_F(GuardHeap, LayoutFollowsThePageSizeOversizedRegionsAreRefusedReallocCopie
   EXPECT_NE(err.find("on nfree()!"), std::string::npos);
   EXPECT_EQ(static_cast<unsigned char *>(fresh)[0], 0xAA);
   nfree(fresh);
-}
-
-class GuardHeapDeath : public GuardHeap, public ::testing::WithParamInterface<uint32_t> {};
-
-TEST_P(GuardHeapDeath, PastTheEndAndAfterFreeFault) {
-  GTEST_FLAG_SET(death_test_style, "threadsafe");
-  const uint32_t n = GetParam();
-  auto *user = static_cast<volatile unsigned char *>(nmalloc(n));
-  ASSERT_NE(user, nullptr);
-  user[n - 1] = 1;  // the last byte is the block's own
-  EXPECT_FAULT((void)user[n]);
-  EXPECT_FAULT(user[n] = 1);
-  nfree(const_cast<unsigned char *>(user));
-  EXPECT_FAULT((void)user[0]);
-  EXPECT_FAULT(user[n - 1] = 1);
-}
-
-// Sizes at either side of a 4096-byte page's data, and larger ones.
-INSTANTIATE_TEST_SUITE_P(Sizes, GuardHeapDeath,
-                         ::testing::Values(1u, 4u, 4077u, 4078u, 48719u, 22642u, 11880u));
-
-TEST_F(GuardHeap, MismatchedPointersAreReportedAndChangeNothing) {
   void *block = nmalloc(40);
   ASSERT_NE(block, nullptr);
   void *from_malloc = std::malloc(64);
@@ -127,6 +105,25 @@ TEST_F(GuardHeap, MismatchedPointersAreReportedAndChangeNothing) {
   std::free(from_malloc);
   nfree(block);
 }
+
+class GuardHeapDeath : public GuardHeap, public ::testing::WithParamInterface<uint32_t> {};
+
+TEST_P(GuardHeapDeath, PastTheEndAndAfterFreeFault) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  const uint32_t n = GetParam();
+  auto *user = static_cast<volatile unsigned char *>(nmalloc(n));
+  ASSERT_NE(user, nullptr);
+  user[n - 1] = 1;  // the last byte is the block's own
+  EXPECT_FAULT((void)user[n]);
+  EXPECT_FAULT(user[n] = 1);
+  nfree(const_cast<unsigned char *>(user));
+  EXPECT_FAULT((void)user[0]);
+  EXPECT_FAULT(user[n - 1] = 1);
+}
+
+// Sizes at either side of a 4096-byte page's data, and larger ones.
+INSTANTIATE_TEST_SUITE_P(Sizes, GuardHeapDeath,
+                         ::testing::Values(1u, 4u, 4077u, 4078u, 48719u, 22642u, 11880u));
 
 TEST_F(GuardHeap, MismatchAnsweredYesBreaks) {
   GTEST_FLAG_SET(death_test_style, "threadsafe");
