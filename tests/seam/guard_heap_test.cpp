@@ -84,11 +84,11 @@ TEST_F(GuardHeap, LayoutOversizedRegionsReallocAndMismatchedPointers) {
   nfree(fresh);
   void *block = nmalloc(40);
   ASSERT_NE(block, nullptr);
+  // Strays: a freed block, one from malloc, a block's inside, the stack.
   void *from_malloc = std::malloc(64);
-  int on_stack = 0;
   void *freed = nmalloc(8);
   nfree(freed);
-  const Totals before = totals_snapshot();
+  const Totals unchanged = totals_snapshot();
   // block + 57: its header would lie in the guard page.
   char *inside = static_cast<char *>(block);
   for (void *stray :
@@ -98,7 +98,7 @@ TEST_F(GuardHeap, LayoutOversizedRegionsReallocAndMismatchedPointers) {
     nfree(stray);
     EXPECT_EQ(testing::internal::GetCapturedStderr(),
               "DbgHeap\nHeap-Fehler: Missmatched memory block on nfree()!\nActivate breakpoint?\n");
-    EXPECT_TRUE(totals_snapshot() == before);
+    EXPECT_TRUE(totals_snapshot() == unchanged);
   }
   // The live block survived all of it.
   static_cast<char *>(block)[39] = 1;
