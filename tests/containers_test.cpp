@@ -105,45 +105,41 @@ TEST_F(Stack, ThreadsLoseAndDuplicateNothing) {
   for (size_t i = 0; i < all.size(); ++i) ASSERT_EQ(all[i], static_cast<intptr_t>(i + 1));
 }
 
-class HashTbl : public ::testing::Test {
- protected:
-  void SetUp() override { KORVOHashTblInit(&table_); }
-  void TearDown() override { KORVOHashTblDestroy(&table_); }
-  // The record of `key` with room for an int after the key pointer.
-  int *lookup(int key, bool create) {
-    const char *text = keys_.insert("key" + std::to_string(key)).first->c_str();
-    auto *r = static_cast<const char **>(KORVOHashTblLookup(&table_, text, create ? 16 : 0));
-    return r == nullptr ? nullptr : reinterpret_cast<int *>(r + 1);
-  }
-  KORVOHashTbl table_;
-  std::set<std::string> keys_;  // the table keeps the caller's key texts
-};
-
 // The table grows as records are added: every record stays findable, and
 // iteration gives each once.
-TEST_F(HashTbl, GrowsKeepsEveryRecordOnceAndRecordsHoldTheCallersKeyAndZeros) {
+TEST(HashTbl, GrowsKeepsEveryRecordOnceAndRecordsHoldTheCallersKeyAndZeros) {
+  KORVOHashTbl table;
+  KORVOHashTblInit(&table);
+  std::set<std::string> keys;  // the table keeps the caller's key texts
+  // The record of `key` with room for an int after the key pointer.
+  const auto lookup = [&](int key, bool create) {
+    const char *text = keys.insert("key" + std::to_string(key)).first->c_str();
+    auto *r = static_cast<const char **>(KORVOHashTblLookup(&table, text, create ? 16 : 0));
+    return r == nullptr ? nullptr : reinterpret_cast<int *>(r + 1);
+  };
   EXPECT_EQ(lookup(0, false), nullptr);
-  EXPECT_EQ(table_.slots, nullptr) << "an empty table allocates nothing";
+  EXPECT_EQ(table.slots, nullptr) << "an empty table allocates nothing";
   for (int i = 0; i < 300; ++i) *lookup(i, true) = i;
   for (int i = 0; i < 300; ++i) ASSERT_EQ(*lookup(i, false), i);
   // Iteration gives every record once.
   KORVOHashTblIter it;
-  KORVOHashTblIterInit(&it, &table_);
+  KORVOHashTblIterInit(&it, &table);
   std::set<std::string> seen;
   while (auto *r = static_cast<const char **>(KORVOHashTblIterNext(&it)))
     EXPECT_TRUE(seen.insert(*r).second) << *r;
-  EXPECT_EQ(seen, keys_);
-  const char *key = "Alpha";
-  auto *r = static_cast<unsigned char *>(KORVOHashTblLookup(&table_, key, 64));
+  EXPECT_EQ(seen, keys);
+  const char *alpha = "Alpha";
+  auto *r = static_cast<unsigned char *>(KORVOHashTblLookup(&table, alpha, 64));
   ASSERT_NE(r, nullptr);
-  EXPECT_EQ(*reinterpret_cast<const char **>(r), key);
+  EXPECT_EQ(*reinterpret_cast<const char **>(r), alpha);
   for (size_t i = sizeof(char *); i < 64; ++i) EXPECT_EQ(r[i], 0) << i;
-  EXPECT_EQ(KORVOHashTblLookup(&table_, "Alpha", 128), r) << "existing record, size ignored";
-  EXPECT_NE(KORVOHashTblLookup(&table_, "alpha", 16), r) << "case matters";
-  EXPECT_NE(KORVOHashTblLookup(&table_, "", 16), nullptr) << "the empty key is a key";
-  EXPECT_EQ(table_.count, 303u);
-  EXPECT_EQ(KORVOHashTblLookup(&table_, "tiny", 1), nullptr) << "no room for the key";
-  EXPECT_EQ(KORVOHashTblLookup(&table_, nullptr, 16), nullptr);
+  EXPECT_EQ(KORVOHashTblLookup(&table, "Alpha", 128), r) << "existing record, size ignored";
+  EXPECT_NE(KORVOHashTblLookup(&table, "alpha", 16), r) << "case matters";
+  EXPECT_NE(KORVOHashTblLookup(&table, "", 16), nullptr) << "the empty key is a key";
+  EXPECT_EQ(table.count, 303u);
+  EXPECT_EQ(KORVOHashTblLookup(&table, "tiny", 1), nullptr) << "no room for the key";
+  EXPECT_EQ(KORVOHashTblLookup(&table, nullptr, 16), nullptr);
+  KORVOHashTblDestroy(&table);
 }
 
 // One holder, no re-entry, only the holder unlocks, a freed handle names

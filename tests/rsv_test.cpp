@@ -20,17 +20,14 @@ const std::string root = "HKEY_LOCAL_MACHINE\\SOFTWARE\\Vantrel\\Halcyra";
 
 class RsvTest : public korutl_test::TempStore {
  protected:
-  static std::string slurp(const std::string &f) {
-    std::ifstream in(f, std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), {}};
-  }
   std::string write(const char *name, const std::string &text) const {
     std::ofstream(scratch(name), std::ios::binary) << text;
     return scratch(name);
   }
   std::string export_all() {
     EXPECT_EQ(rsv_export_file("HKEY_LOCAL_MACHINE", scratch("export.reg").c_str(), AT), RSV_OK);
-    return slurp(scratch("export.reg"));
+    std::ifstream in(scratch("export.reg"), std::ios::binary);
+    return {std::istreambuf_iterator<char>(in), {}};
   }
 };
 
