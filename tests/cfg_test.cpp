@@ -221,11 +221,9 @@ std::string setting(const char *section, const char *name) {
   EXPECT_EQ(KORVOGetSetting("Halcyra", section, name, "dflt", out), 1);
   return out;
 }
-// A value read through the registry service, "<none>" when absent.
+// A value as the configuration reader sees it.
 std::string value(const std::string &key, const char *name) {
-  char buf[256];
-  uint16_t len = sizeof buf;
-  return rsv_get_value(cfg_path(key).c_str(), name, buf, &len, "t", 1) == RSV_OK ? buf : "<none>";
+  return take(KORVOCfgGetValue(cfg_path(key).c_str(), name));
 }
 bool key_exists(const std::string &key) {
   return rsv_query_key(cfg_path(key).c_str(), nullptr, nullptr, "t", 1) == RSV_OK;
@@ -257,9 +255,8 @@ TEST_F(Cfg, SettingsEnvironmentRegistrationsAndUsers) {
   EXPECT_EQ(KORVOSaveSetting(nullptr, "Global", "v", "x"), 0);
   ASSERT_EQ(KORVOSaveSetting("Halcyra", "Global", "empty_saved", ""), 1);
   EXPECT_EQ(setting("Global", "empty_saved"), "");  // size 1: the stored empty text
-  // Composing into the caller's buffer; with a language, the allocation
-  // sweep's case.
-  EXPECT_STREQ(KORVOMakeLocalizedPath(out, "C:\\base", 0, nullptr, "msg.txt"), "C:\\base\\msg.txt");
+  // Composing into the caller's buffer, here without a separator of its
+  // own; with one and a language, the allocation sweep's case.
   EXPECT_STREQ(KORVOMakeLocalizedPath(out, "C:\\base", 1, nullptr, "msg.txt"), "C:\\basemsg.txt");
   EXPECT_EQ(KORVOMakeLocalizedPath(out, "C:\\base", 0, nullptr, nullptr), nullptr);
   EXPECT_EQ(KORVOMakeLocalizedPath(out, nullptr, 0, nullptr, "f"), nullptr);

