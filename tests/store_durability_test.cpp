@@ -12,6 +12,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <climits>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -25,42 +26,41 @@
 
 namespace {
 
-constexpr const char *M = "tests/durability";
+// Where a call comes from, for the store's trace lines.
+#define AT "tests/durability", __LINE__
 const std::string base = "HKEY_LOCAL_MACHINE\\SOFTWARE\\Vantrel\\Halcyra\\Load";
 
-class DurabilityTest : public korutl_test::TempStore {};
+using DurabilityTest = korutl_test::TempStore;
 
 std::string key_of(int writer) { return base + "\\W" + std::to_string(writer); }
 
-// Writes `count` values under its own key; returns false on any failure.
-bool write_run(int writer, int count) {
+// Writes `count` values under its own key, each read back and, with an
+// `ack` pipe, acknowledged there once written; false on any failure.
+bool write_run(int writer, int count, int ack = -1) {
   const std::string key = key_of(writer);
-  if (rsv_create_key(key.c_str(), M, __LINE__) != RSV_OK) return false;
+  if (rsv_create_key(key.c_str(), AT) != RSV_OK) return false;
   for (int i = 0; i < count; ++i) {
     const std::string v = std::to_string(i);
-    if (rsv_set_value(key.c_str(), ("v" + v).c_str(), v.c_str(), M, __LINE__) != RSV_OK)
-      return false;
+    if (rsv_set_value(key.c_str(), ("v" + v).c_str(), v.c_str(), AT) != RSV_OK) return false;
+    if (ack >= 0 && write(ack, &i, sizeof i) != sizeof i) return false;
     // Interleave reads with the other writers' work.
-    if (rsv_get_value(key.c_str(), ("v" + v).c_str(), nullptr, nullptr, M, __LINE__) != RSV_OK)
-      return false;
+    if (rsv_get_value(key.c_str(), ("v" + v).c_str(), nullptr, nullptr, AT) != RSV_OK) return false;
   }
   return true;
 }
 
 bool has_value(int writer, int i) {
   return rsv_get_value(key_of(writer).c_str(), ("v" + std::to_string(i)).c_str(), nullptr, nullptr,
-                       M, __LINE__) == RSV_OK;
+                       AT) == RSV_OK;
 }
 
 bool run_threads(int first_writer, int threads, int count) {
+  std::atomic<int> failed{0};
   std::vector<std::thread> pool;
-  std::vector<char> ok(static_cast<size_t>(threads), 0);
   for (int t = 0; t < threads; ++t)
-    pool.emplace_back([&, t] { ok[static_cast<size_t>(t)] = write_run(first_writer + t, count); });
+    pool.emplace_back([&, t] { failed += write_run(first_writer + t, count) ? 0 : 1; });
   for (auto &th : pool) th.join();
-  for (char c : ok)
-    if (!c) return false;
-  return true;
+  return failed == 0;
 }
 
 TEST_F(DurabilityTest, ProcessesAndThreadsWritingAtOnceLoseNothing) {
@@ -96,17 +96,7 @@ TEST_F(DurabilityTest, KilledWriterLeavesASoundStoreWithEveryAcknowledgedWrite) 
     ASSERT_EQ(pipe(ack), 0);
     const pid_t child = fork();
     ASSERT_GE(child, 0);
-    if (child == 0) {
-      close(ack[0]);
-      const std::string key = key_of(round);
-      if (rsv_create_key(key.c_str(), M, __LINE__) != RSV_OK) _exit(1);
-      for (int i = 0;; ++i) {
-        const std::string v = std::to_string(i);
-        if (rsv_set_value(key.c_str(), ("v" + v).c_str(), v.c_str(), M, __LINE__) != RSV_OK)
-          _exit(1);
-        if (write(ack[1], &i, sizeof i) != sizeof i) _exit(1);
-      }
-    }
+    if (child == 0) _exit(close(ack[0]) == 0 && write_run(round, INT_MAX, ack[1]) ? 0 : 1);
     close(ack[1]);
     int acknowledged = -1, i;
     // Let a varying number of writes through, then kill mid-stream.
@@ -131,7 +121,7 @@ TEST_F(DurabilityTest, DamagedStoreFailsWithATraceAndIsLeftAlone) {
   rsv_set_trace_func(collect, "readconfig/settings", __LINE__);
   EXPECT_EQ(rsv_create_key(base.c_str(), "readconfig/prodcfg", 42), RSV_E_STORE);
   EXPECT_EQ(rsv_query_key(base.c_str(), nullptr, nullptr, "I18N/korstrng", 7), RSV_E_STORE);
-  rsv_set_trace_func(nullptr, M, __LINE__);
+  rsv_set_trace_func(nullptr, AT);
   ASSERT_EQ(traced.size(), 2u);
   EXPECT_EQ(traced[0].rfind("readconfig/prodcfg:42: create_key: ", 0), 0u) << traced[0];
   EXPECT_EQ(traced[1].rfind("I18N/korstrng:7: query_key: ", 0), 0u) << traced[1];
@@ -139,9 +129,9 @@ TEST_F(DurabilityTest, DamagedStoreFailsWithATraceAndIsLeftAlone) {
   EXPECT_EQ(std::string(std::istreambuf_iterator<char>(in), {}), garbage);
   // Another store file named between calls is the one used.
   setenv("KORVO_REGISTRY", scratch("other.db").c_str(), 1);
-  ASSERT_EQ(rsv_create_key(base.c_str(), M, __LINE__), RSV_OK);
+  ASSERT_EQ(rsv_create_key(base.c_str(), AT), RSV_OK);
   setenv("KORVO_REGISTRY", file().c_str(), 1);
-  EXPECT_EQ(rsv_query_key(base.c_str(), nullptr, nullptr, M, __LINE__), RSV_E_STORE);
+  EXPECT_EQ(rsv_query_key(base.c_str(), nullptr, nullptr, AT), RSV_E_STORE);
 }
 
 // ---- One snapshot per listing, a path that cannot surprise, bounded waits.
@@ -157,7 +147,7 @@ bool restore_shelf_key(const std::string &reg_file, int i) {
   std::string text = "Windows Registry Editor Version 5.00\r\n\r\n[" + shelf_key(i) + "]\r\n";
   for (int v = 0; v < shelf_values; ++v) text += "\"v" + std::to_string(v) + "\"=\"x\"\r\n";
   std::ofstream(reg_file, std::ios::binary | std::ios::trunc) << text;
-  return rsv_import_file(reg_file.c_str(), nullptr, M, __LINE__) == RSV_OK;
+  return rsv_import_file(reg_file.c_str(), nullptr, AT) == RSV_OK;
 }
 
 // Deletes and restores the shelf's subkeys round after round.
@@ -165,7 +155,7 @@ bool churn_shelf(const std::string &reg_file, int rounds, int seed) {
   for (int r = 0; r < rounds; ++r) {
     const int i = (r * 7 + seed) % shelf_keys;
     // The other writers may have deleted it first.
-    const uint16_t rc = rsv_delete_key(shelf_key(i).c_str(), M, __LINE__);
+    const uint16_t rc = rsv_delete_key(shelf_key(i).c_str(), AT);
     if (rc != RSV_OK && rc != RSV_E_NO_KEY) return false;
     if (!restore_shelf_key(reg_file, i)) return false;
   }
@@ -200,7 +190,7 @@ TEST_F(DurabilityTest, ExportsDuringConcurrentDeletesAreWholeCommittedStates) {
   int failed = 0, torn = 0;
   for (int n = 0; n < 1000; ++n) {
     const std::string out = scratch("export.reg");
-    if (rsv_export_file(shelf.c_str(), out.c_str(), M, __LINE__) != RSV_OK)
+    if (rsv_export_file(shelf.c_str(), out.c_str(), AT) != RSV_OK)
       ++failed;
     else if (!whole_shelf(export_text(out)))
       ++torn;
@@ -215,29 +205,28 @@ TEST_F(DurabilityTest, ExportsDuringConcurrentDeletesAreWholeCommittedStates) {
 }
 
 TEST_F(DurabilityTest, SnapshotHoldsOneStateAndRefusesWrites) {
-  ASSERT_EQ(rsv_create_key(shelf_key(0).c_str(), M, __LINE__), RSV_OK);
-  ASSERT_EQ(rsv_begin_snapshot(M, __LINE__), RSV_OK);
+  ASSERT_EQ(rsv_create_key(shelf_key(0).c_str(), AT), RSV_OK);
+  ASSERT_EQ(rsv_begin_snapshot(AT), RSV_OK);
   uint16_t subkeys = 0;
-  ASSERT_EQ(rsv_query_key(shelf.c_str(), &subkeys, nullptr, M, __LINE__), RSV_OK);
-  std::thread([] { rsv_create_key(shelf_key(1).c_str(), M, __LINE__); }).join();
+  ASSERT_EQ(rsv_query_key(shelf.c_str(), &subkeys, nullptr, AT), RSV_OK);
+  std::thread([] { rsv_create_key(shelf_key(1).c_str(), AT); }).join();
   uint16_t again = 0;
-  EXPECT_EQ(rsv_query_key(shelf.c_str(), &again, nullptr, M, __LINE__), RSV_OK);
+  EXPECT_EQ(rsv_query_key(shelf.c_str(), &again, nullptr, AT), RSV_OK);
   EXPECT_EQ(again, subkeys);
-  EXPECT_EQ(rsv_set_value(shelf.c_str(), "v", "x", M, __LINE__), RSV_E_STORE);
-  EXPECT_EQ(rsv_end_snapshot(M, __LINE__), RSV_OK);
-  EXPECT_EQ(rsv_end_snapshot(M, __LINE__), RSV_E_BAD_ARGUMENT);
-  EXPECT_EQ(rsv_query_key(shelf.c_str(), &again, nullptr, M, __LINE__), RSV_OK);
+  EXPECT_EQ(rsv_set_value(shelf.c_str(), "v", "x", AT), RSV_E_STORE);
+  EXPECT_EQ(rsv_end_snapshot(AT), RSV_OK);
+  EXPECT_EQ(rsv_end_snapshot(AT), RSV_E_BAD_ARGUMENT);
+  EXPECT_EQ(rsv_query_key(shelf.c_str(), &again, nullptr, AT), RSV_OK);
   EXPECT_EQ(again, subkeys + 1);
 }
 
 TEST_F(DurabilityTest, DamagedPagesFailAListingInsteadOfShorteningIt) {
   constexpr int count = 300;
   std::thread([&] {  // the thread's connection closes when it ends
-    ASSERT_EQ(rsv_create_key(shelf.c_str(), M, __LINE__), RSV_OK);
+    ASSERT_EQ(rsv_create_key(shelf.c_str(), AT), RSV_OK);
     const std::string data(200, 'd');
     for (int i = 0; i < count; ++i)
-      ASSERT_EQ(rsv_set_value(shelf.c_str(), ("v" + std::to_string(i)).c_str(), data.c_str(), M,
-                              __LINE__),
+      ASSERT_EQ(rsv_set_value(shelf.c_str(), ("v" + std::to_string(i)).c_str(), data.c_str(), AT),
                 RSV_OK);
   })
       .join();
@@ -246,9 +235,7 @@ TEST_F(DurabilityTest, DamagedPagesFailAListingInsteadOfShorteningIt) {
   sqlite3_exec(db, "PRAGMA wal_checkpoint(TRUNCATE)", nullptr, nullptr, nullptr);
   sqlite3_close(db);
   std::fstream f(file(), std::ios::binary | std::ios::in | std::ios::out);
-  f.seekg(0, std::ios::end);
-  const auto size = static_cast<long>(f.tellg());
-  f.seekp(size / 2 / 4096 * 4096);
+  f.seekp(static_cast<long>(std::filesystem::file_size(file()) / 2 / 4096 * 4096));
   std::mt19937 random(7);
   for (int i = 0; i < 4096; ++i) f.put(static_cast<char>(random()));
   f.close();
@@ -257,7 +244,7 @@ TEST_F(DurabilityTest, DamagedPagesFailAListingInsteadOfShorteningIt) {
     std::vector<char *> names;
     for (auto &s : slots) names.push_back(s.data());
     uint16_t n = count;
-    const uint16_t rc = rsv_enum_values(shelf.c_str(), names.data(), &n, M, __LINE__);
+    const uint16_t rc = rsv_enum_values(shelf.c_str(), names.data(), &n, AT);
     EXPECT_TRUE(rc == RSV_E_STORE || (rc == RSV_OK && n == count)) << rc << " " << n;
   }).join();
 }
@@ -268,10 +255,10 @@ TEST_F(DurabilityTest, RelativeStorePathStaysPutAcrossChdir) {
   std::filesystem::create_directories(scratch("b"));
   std::filesystem::current_path(scratch("a"));
   setenv("KORVO_REGISTRY", ("relative-" + std::to_string(getpid()) + ".db").c_str(), 1);
-  EXPECT_EQ(rsv_create_key(base.c_str(), M, __LINE__), RSV_OK);
+  EXPECT_EQ(rsv_create_key(base.c_str(), AT), RSV_OK);
   std::filesystem::current_path(scratch("b"));
   uint16_t rc = 0;
-  std::thread([&] { rc = rsv_query_key(base.c_str(), nullptr, nullptr, M, __LINE__); }).join();
+  std::thread([&] { rc = rsv_query_key(base.c_str(), nullptr, nullptr, AT); }).join();
   std::filesystem::current_path(before);
   EXPECT_EQ(rc, RSV_OK);
   EXPECT_TRUE(std::filesystem::is_empty(scratch("b")));
@@ -284,10 +271,10 @@ TEST_F(DurabilityTest, NoUsableHomeCreatesNothing) {
   setenv("XDG_STATE_HOME", "relative/state", 1);
   unsetenv("HOME");
   traced.clear();
-  rsv_set_trace_func(collect, M, __LINE__);
-  EXPECT_EQ(rsv_create_key(base.c_str(), M, __LINE__), RSV_E_STORE);
-  EXPECT_EQ(rsv_query_key(base.c_str(), nullptr, nullptr, M, __LINE__), RSV_E_STORE);
-  rsv_set_trace_func(nullptr, M, __LINE__);
+  rsv_set_trace_func(collect, AT);
+  EXPECT_EQ(rsv_create_key(base.c_str(), AT), RSV_E_STORE);
+  EXPECT_EQ(rsv_query_key(base.c_str(), nullptr, nullptr, AT), RSV_E_STORE);
+  rsv_set_trace_func(nullptr, AT);
   unsetenv("XDG_STATE_HOME");
   if (home != nullptr) setenv("HOME", saved.c_str(), 1);
   ASSERT_EQ(traced.size(), 2u);
@@ -296,26 +283,26 @@ TEST_F(DurabilityTest, NoUsableHomeCreatesNothing) {
 }
 
 TEST_F(DurabilityTest, ReplacedStoreFileTakesTheNextWrite) {
-  ASSERT_EQ(rsv_create_key(base.c_str(), M, __LINE__), RSV_OK);
+  ASSERT_EQ(rsv_create_key(base.c_str(), AT), RSV_OK);
   std::filesystem::rename(file(), scratch("moved.db"));
-  ASSERT_EQ(rsv_create_key(shelf.c_str(), M, __LINE__), RSV_OK);
+  ASSERT_EQ(rsv_create_key(shelf.c_str(), AT), RSV_OK);
   uint16_t rc = 0;
-  std::thread([&] { rc = rsv_query_key(shelf.c_str(), nullptr, nullptr, M, __LINE__); }).join();
+  std::thread([&] { rc = rsv_query_key(shelf.c_str(), nullptr, nullptr, AT); }).join();
   EXPECT_EQ(rc, RSV_OK);
 }
 
 TEST_F(DurabilityTest, BusyStoreFailsAfterTheSetWait) {
-  ASSERT_EQ(rsv_create_key(base.c_str(), M, __LINE__), RSV_OK);
+  ASSERT_EQ(rsv_create_key(base.c_str(), AT), RSV_OK);
   sqlite3 *db = nullptr;
   ASSERT_EQ(sqlite3_open(file().c_str(), &db), SQLITE_OK);
   ASSERT_EQ(sqlite3_exec(db, "BEGIN IMMEDIATE", nullptr, nullptr, nullptr), SQLITE_OK);
   setenv("KORVO_REGISTRY_BUSY_TIMEOUT", "200", 1);
   traced.clear();
-  rsv_set_trace_func(collect, M, __LINE__);
+  rsv_set_trace_func(collect, AT);
   const auto start = std::chrono::steady_clock::now();
-  EXPECT_EQ(rsv_set_value(base.c_str(), "v", "x", M, __LINE__), RSV_E_STORE);
+  EXPECT_EQ(rsv_set_value(base.c_str(), "v", "x", AT), RSV_E_STORE);
   const auto waited = std::chrono::steady_clock::now() - start;
-  rsv_set_trace_func(nullptr, M, __LINE__);
+  rsv_set_trace_func(nullptr, AT);
   unsetenv("KORVO_REGISTRY_BUSY_TIMEOUT");
   sqlite3_exec(db, "ROLLBACK", nullptr, nullptr, nullptr);
   sqlite3_close(db);
@@ -325,19 +312,19 @@ TEST_F(DurabilityTest, BusyStoreFailsAfterTheSetWait) {
 }
 
 TEST_F(DurabilityTest, StoreFilesArePrivateAndRootsHoldNoValues) {
-  ASSERT_EQ(rsv_create_key(base.c_str(), M, __LINE__), RSV_OK);
-  ASSERT_EQ(rsv_set_value(base.c_str(), "v", "x", M, __LINE__), RSV_OK);
+  ASSERT_EQ(rsv_create_key(base.c_str(), AT), RSV_OK);
+  ASSERT_EQ(rsv_set_value(base.c_str(), "v", "x", AT), RSV_OK);
   for (const std::string suffix : {"", "-wal", "-shm"}) {
     struct stat st {};
     ASSERT_EQ(stat((file() + suffix).c_str(), &st), 0) << suffix;
     EXPECT_EQ(st.st_mode & 0777, 0600u) << suffix;
   }
-  EXPECT_EQ(rsv_set_value("HKEY_LOCAL_MACHINE", "v", "x", M, __LINE__), RSV_E_BAD_ARGUMENT);
+  EXPECT_EQ(rsv_set_value("HKEY_LOCAL_MACHINE", "v", "x", AT), RSV_E_BAD_ARGUMENT);
   std::ofstream(scratch("root.reg"))
       << "Windows Registry Editor Version 5.00\n\n[HKEY_LOCAL_MACHINE]\n\"v\"=\"x\"\n";
-  EXPECT_EQ(rsv_import_file(scratch("root.reg").c_str(), nullptr, M, __LINE__), RSV_E_BAD_ARGUMENT);
+  EXPECT_EQ(rsv_import_file(scratch("root.reg").c_str(), nullptr, AT), RSV_E_BAD_ARGUMENT);
   uint16_t values = 1;
-  EXPECT_EQ(rsv_query_key("HKEY_LOCAL_MACHINE", nullptr, &values, M, __LINE__), RSV_OK);
+  EXPECT_EQ(rsv_query_key("HKEY_LOCAL_MACHINE", nullptr, &values, AT), RSV_OK);
   EXPECT_EQ(values, 0u);
 }
 

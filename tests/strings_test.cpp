@@ -22,110 +22,6 @@ std::string take(char *allocated) {
   return s;
 }
 
-// The edge cases that key-text and escape readers depend on.
-TEST(Digits, KnownValues) {
-  // Code, then the values of KORVOHex2Int, KORVOChar2Int and KORVOGetValueOfHexDigit.
-  const int cases[][4] = {{':', 96, 26, 0},  {'g', 97, 71, 0}, {0, 95, 95, 0},    {' ', 97, 0, 0},
-                          {'~', 97, 94, 0},  {127, 97, 97, 0}, {'C', 12, 35, 12}, {'0', 0, 16, 0},
-                          {'f', 15, 70, 15}, {0xE9, 97, 97, 0}};
-  for (const auto &[code, hex2int, char2int, hexdigit] : cases) {
-    const char c = static_cast<char>(code);
-    EXPECT_EQ(KORVOHex2Int(c), hex2int) << "code " << code;
-    EXPECT_EQ(KORVOChar2Int(c), char2int) << "code " << code;
-    EXPECT_EQ(KORVOGetValueOfHexDigit(c), hexdigit) << "code " << code;
-  }
-}
-
-TEST(Strings, TrimHostNamesQuotingAndMarkup) {
-  std::string text = "  a b  ";
-  EXPECT_EQ(KORVOStrTrim(text.data()), 0);
-  EXPECT_STREQ(text.c_str(), "a b");
-  text = "\tx\t";
-  EXPECT_EQ(KORVOStrTrim(text.data()), 0);
-  EXPECT_EQ(text, "\tx\t") << "only spaces go";
-  EXPECT_EQ(KORVOStrTrim(nullptr), -1);
-  for (const char *valid : {"a-1.b2.", "1.2.3.4", "x--y"})
-    EXPECT_EQ(KORVOIsValidHostName(valid), 1) << valid;
-  for (const char *invalid : {"-a", "a-.b", "a..b", ".a", "a_b", "", "h\xE9"})
-    EXPECT_EQ(KORVOIsValidHostName(invalid), 0) << invalid;
-  EXPECT_EQ(KORVOIsValidHostName(nullptr), 0);
-  EXPECT_EQ(take(KORVOStrGetQuotedParm("a\nb\rc\\\"'", nullptr, 0)), "\"a\\nb\\rc\\\\\\\"'\"");
-  EXPECT_EQ(take(KORVOStrGetQuotedJSString(nullptr, nullptr, 0)), "null");
-  const char *unquotes[][2] = {{"\"it's\"", "it's"}, {"'a\\rb'", "arb"}, {"'ab'cd", "ab"},
-                               {"'abc", "abc"},      {"'a\\'b'", "a'b"}, {"'ab\\", "ab"}};
-  for (const auto &[in, out] : unquotes)
-    EXPECT_EQ(take(KORVOStrGetUnquotedJSString(in, nullptr)), out) << in;
-  for (const char *refused : {"null", "abc", ""})
-    EXPECT_EQ(KORVOStrGetUnquotedJSString(refused, nullptr), nullptr) << refused;
-  EXPECT_EQ(take(KORVOStrGetEscapedHTMLString("a<b>&\"'c")), "a&lt;b&gt;&amp;&quot;'c");
-  EXPECT_EQ(take(KORVOStrGetEscapedXMLString("&amp;'")), "&amp;amp;&apos;");
-  EXPECT_EQ(KORVOStrGetEscapedXMLString(nullptr), nullptr);
-  EXPECT_EQ(KORVOStrMatchesPattern(nullptr, "*", 0), 0);
-  EXPECT_EQ(KORVOStrMatchesPattern("a", nullptr, 0), 0);
-}
-
-TEST(Strings, QuotingIntoACallerBufferCutsButAlwaysCloses) {
-  char buf[9];
-  std::memset(buf, 'Z', sizeof buf);
-  EXPECT_EQ(KORVOStrGetQuotedJSString("abcdefgh", buf, 8), buf);
-  EXPECT_EQ(std::memcmp(buf, "'abcd'\0Z", 8), 0);
-  EXPECT_EQ(KORVOStrGetQuotedJSString("abc'efgh", buf, 8), buf);
-  EXPECT_EQ(std::memcmp(buf, "'abc\\''\0Z", 9), 0);
-  EXPECT_STREQ(KORVOStrGetQuotedJSString("abc", buf, 3), "''");
-  EXPECT_STREQ(KORVOStrGetQuotedJSString(nullptr, buf, 5), "null");
-  // Too small to hold even the quotes or the null literal: refused.
-  EXPECT_EQ(KORVOStrGetQuotedJSString("abc", buf, 2), nullptr);
-  EXPECT_EQ(KORVOStrGetQuotedJSString(nullptr, buf, 4), nullptr);
-}
-
-// Extraction sees every field, the empty ones too, but a leading separator.
-TEST(Words, CountAndExtraction) {
-  EXPECT_EQ(KORVOStrGetWordCount("  a  b  ", ' '), 2);
-  EXPECT_EQ(KORVOStrGetWordCount("a,,b", ','), 2);
-  EXPECT_EQ(KORVOStrGetWordCount(nullptr, ','), 0);
-  const std::tuple<const char *, int32_t, const char *> cases[] = {
-      {"a,,b", 1, ""}, {"a,,b", 2, "b"}, {"a,,b", 3, ""},
-      {",a", 0, "a"},  {",,a", 0, ""},   {"a,b,", 2, ""}};
-  for (const auto &[text, index, want] : cases) {
-    char buf[8] = "ZZZZZZZ";
-    EXPECT_EQ(KORVOStrGetWord(text, buf, ',', index), std::strlen(want));
-    EXPECT_STREQ(buf, want) << text << " " << index;
-  }
-  char buf[4] = "xyz";
-  EXPECT_EQ(KORVOStrGetWord(nullptr, buf, ',', 0), 0u);
-  EXPECT_EQ(KORVOStrGetWord("a", buf, ',', -1), 0u);
-  EXPECT_STREQ(buf, "xyz");
-  EXPECT_EQ(KORVOStrGetWord("a", nullptr, ',', 0), 0u);
-}
-
-TEST(Escapes, StoreOnlyBackslashAndSpaceAndRestoreBothForms) {
-  char out[32];
-  EXPECT_EQ(KORVOStrStoreSpecialChars("a b\\c", nullptr), 2);
-  EXPECT_EQ(KORVOStrStoreSpecialChars("C:\\a b%41", out), 2);
-  EXPECT_STREQ(out, "C:%5Ca%20b%41");
-  // Non-digits count as 0 (a zero byte ends the text); "%U" is a byte
-  // escape; the byte pass may make a Unicode escape; three-byte forms fit
-  // in the six characters; surrogates are never paired.
-  const char *cases[][2] = {{"a%20b%5Cc", "a b\\c"},
-                            {"x%4", "x%4"},
-                            {"ab%zzcd", "ab"},
-                            {"%u00E9", "\xC3\xA9"},
-                            {"%U0041", ""},
-                            {"%25u0041", "A"},
-                            {"%u20AC", "\xE2\x82\xAC"},
-                            {"%uD800%uDC00", "\xED\xA0\x80\xED\xB0\x80"},
-                            {"%u004", "%u004"}};
-  for (const auto &[in, want] : cases) {
-    std::string text = in;
-    EXPECT_EQ(KORVOStrRestoreSpecialChars(text.data()), 0);
-    EXPECT_STREQ(text.c_str(), want) << in;
-  }
-  // The double-zero form: a list of entries, restored as one.
-  char multi[] = "p%20q\0r\0";
-  EXPECT_EQ(KORVOStrRestoreSpecialChars1(multi), 0);
-  EXPECT_EQ(std::memcmp(multi, "p q\0r", 5), 0);
-}
-
 struct Destroy {
   void operator()(KORVOObjectId *id) const { KORVOStrDestroyObjectId(id); }
 };
@@ -139,9 +35,97 @@ std::string parts(const KORVOObjectId *id) {
   return out;
 }
 
-TEST(ObjectId, ParsingAccessorsAndLimits) {
+// The edge cases that key-text and escape readers depend on.
+TEST(Strings, DigitsTrimHostNamesQuotingMarkupWordsEscapesAndObjectIds) {
+  // Code, then the values of KORVOHex2Int, KORVOChar2Int and KORVOGetValueOfHexDigit.
+  const int cases[][4] = {{':', 96, 26, 0},  {'g', 97, 71, 0}, {0, 95, 95, 0},    {' ', 97, 0, 0},
+                          {'~', 97, 94, 0},  {127, 97, 97, 0}, {'C', 12, 35, 12}, {'0', 0, 16, 0},
+                          {'f', 15, 70, 15}, {0xE9, 97, 97, 0}};
+  for (const auto &[code, hex2int, char2int, hexdigit] : cases) {
+    const char c = static_cast<char>(code);
+    EXPECT_EQ(KORVOHex2Int(c), hex2int) << "code " << code;
+    EXPECT_EQ(KORVOChar2Int(c), char2int) << "code " << code;
+    EXPECT_EQ(KORVOGetValueOfHexDigit(c), hexdigit) << "code " << code;
+  }
+  for (const auto &[in, out] :
+       {std::pair{"  a b  ", "a b"}, {"\tx\t", "\tx\t"}}) {  // only spaces go
+    std::string text = in;
+    EXPECT_EQ(KORVOStrTrim(text.data()), 0);
+    EXPECT_STREQ(text.c_str(), out);
+  }
+  EXPECT_EQ(KORVOStrTrim(nullptr), -1);
+  for (const char *valid : {"a-1.b2.", "1.2.3.4", "x--y"})
+    EXPECT_EQ(KORVOIsValidHostName(valid), 1) << valid;
+  for (const char *invalid :
+       {"-a", "a-.b", "a..b", ".a", "a_b", "", "h\xE9", static_cast<const char *>(nullptr)})
+    EXPECT_EQ(KORVOIsValidHostName(invalid), 0) << invalid;
+  EXPECT_EQ(take(KORVOStrGetQuotedParm("a\nb\rc\\\"'", nullptr, 0)), "\"a\\nb\\rc\\\\\\\"'\"");
+  const char *unquotes[][2] = {{"\"it's\"", "it's"}, {"'a\\rb'", "arb"}, {"'ab'cd", "ab"},
+                               {"'abc", "abc"},      {"'a\\'b'", "a'b"}, {"'ab\\", "ab"}};
+  for (const auto &[in, out] : unquotes)
+    EXPECT_EQ(take(KORVOStrGetUnquotedJSString(in, nullptr)), out) << in;
+  for (const char *refused : {"null", "abc", ""})
+    EXPECT_EQ(KORVOStrGetUnquotedJSString(refused, nullptr), nullptr) << refused;
+  EXPECT_EQ(take(KORVOStrGetEscapedHTMLString("a<b>&\"'c")), "a&lt;b&gt;&amp;&quot;'c");
+  EXPECT_EQ(take(KORVOStrGetEscapedXMLString("&amp;'")), "&amp;amp;&apos;");
+  EXPECT_EQ(KORVOStrGetEscapedXMLString(nullptr), nullptr);
+  EXPECT_EQ(KORVOStrMatchesPattern(nullptr, "*", 0), 0);
+  EXPECT_EQ(KORVOStrMatchesPattern("a", nullptr, 0), 0);
+  char buf[9];
+  std::memset(buf, 'Z', sizeof buf);
+  EXPECT_EQ(KORVOStrGetQuotedJSString("abcdefgh", buf, 8), buf);
+  EXPECT_EQ(std::memcmp(buf, "'abcd'\0Z", 8), 0);
+  EXPECT_EQ(KORVOStrGetQuotedJSString("abc'efgh", buf, 8), buf);
+  EXPECT_EQ(std::memcmp(buf, "'abc\\''\0Z", 9), 0);
+  EXPECT_STREQ(KORVOStrGetQuotedJSString("abc", buf, 3), "''");
+  EXPECT_STREQ(KORVOStrGetQuotedJSString(nullptr, buf, 5), "null");
+  // Too small to hold even the quotes or the null literal: refused.
+  EXPECT_EQ(KORVOStrGetQuotedJSString("abc", buf, 2), nullptr);
+  EXPECT_EQ(KORVOStrGetQuotedJSString(nullptr, buf, 4), nullptr);
+  // Extraction sees every field, the empty ones too, but a leading separator.
+  EXPECT_EQ(KORVOStrGetWordCount("  a  b  ", ' '), 2);
+  EXPECT_EQ(KORVOStrGetWordCount("a,,b", ','), 2);
+  EXPECT_EQ(KORVOStrGetWordCount(nullptr, ','), 0);
+  const std::tuple<const char *, int32_t, const char *> words[] = {
+      {"a,,b", 1, ""}, {"a,,b", 2, "b"}, {"a,,b", 3, ""},
+      {",a", 0, "a"},  {",,a", 0, ""},   {"a,b,", 2, ""}};
+  for (const auto &[text, index, want] : words) {
+    char word[8] = "ZZZZZZZ";
+    EXPECT_EQ(KORVOStrGetWord(text, word, ',', index), std::strlen(want));
+    EXPECT_STREQ(word, want) << text << " " << index;
+  }
+  char kept[4] = "xyz";
+  EXPECT_EQ(KORVOStrGetWord(nullptr, kept, ',', 0), 0u);
+  EXPECT_EQ(KORVOStrGetWord("a", kept, ',', -1), 0u);
+  EXPECT_STREQ(kept, "xyz");
+  EXPECT_EQ(KORVOStrGetWord("a", nullptr, ',', 0), 0u);
+  char out[32];
+  EXPECT_EQ(KORVOStrStoreSpecialChars("a b\\c", nullptr), 2);
+  EXPECT_EQ(KORVOStrStoreSpecialChars("C:\\a b%41", out), 2);
+  EXPECT_STREQ(out, "C:%5Ca%20b%41");
+  // Non-digits count as 0 (a zero byte ends the text); "%U" is a byte
+  // escape; the byte pass may make a Unicode escape; three-byte forms fit
+  // in the six characters; surrogates are never paired.
+  const char *escapes[][2] = {{"a%20b%5Cc", "a b\\c"},
+                              {"x%4", "x%4"},
+                              {"ab%zzcd", "ab"},
+                              {"%u00E9", "\xC3\xA9"},
+                              {"%U0041", ""},
+                              {"%25u0041", "A"},
+                              {"%u20AC", "\xE2\x82\xAC"},
+                              {"%uD800%uDC00", "\xED\xA0\x80\xED\xB0\x80"},
+                              {"%u004", "%u004"}};
+  for (const auto &[in, want] : escapes) {
+    std::string text = in;
+    EXPECT_EQ(KORVOStrRestoreSpecialChars(text.data()), 0);
+    EXPECT_STREQ(text.c_str(), want) << in;
+  }
+  // The double-zero form: a list of entries, restored as one.
+  char multi[] = "p%20q\0r\0";
+  EXPECT_EQ(KORVOStrRestoreSpecialChars1(multi), 0);
+  EXPECT_EQ(std::memcmp(multi, "p q\0r", 5), 0);
   // Text, parts, canonical text: no empty part and no word lost.
-  const char *cases[][3] = {
+  const char *ids[][3] = {
       {"localhost\\Halcyra\\2.2.1.3\\", "localhost|Halcyra|2.2.1.3|",
        "\\localhost\\Halcyra\\2.2.1.3"},
       {"\\", "", ""},
@@ -149,7 +133,7 @@ TEST(ObjectId, ParsingAccessorsAndLimits) {
       {"\\a%20b\\c%5Cd", "a b|c\\d|", "\\a%20b\\c%5Cd"},
       {"\\%u00e9t%u00e9", "\xC3\xA9t\xC3\xA9|", "\\\xC3\xA9t\xC3\xA9"},
   };
-  for (const auto &[text, want, canonical] : cases) {
+  for (const auto &[text, want, canonical] : ids) {
     const Id id(KORVOStrCreateObjectId(text, nullptr));
     EXPECT_EQ(parts(id.get()), want) << text;
     EXPECT_STREQ(KORVOStrGetObjectIdString(id.get()), canonical) << text;
@@ -169,9 +153,6 @@ TEST(ObjectId, ParsingAccessorsAndLimits) {
   EXPECT_FALSE(Id(KORVOStrCreateObjectId("\\h", P10, P10, P10, P10, P10, P10, P10, P10, P10, P10,
                                          "p", nullptr)));
 #undef P10
-}
-
-TEST(ObjectId, ParentCompareAndNullArguments) {
   const Id root(KORVOGetParentObjectId(Id(KORVOStrCreateObjectId("\\localhost", nullptr)).get()));
   EXPECT_EQ(KORVOStrGetNumberOfParts(root.get()), 0);
   EXPECT_EQ(KORVOGetParentObjectId(root.get()), nullptr);

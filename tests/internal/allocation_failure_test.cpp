@@ -10,10 +10,8 @@
 #include <vector>
 
 #include "korutl.h"
-#include "tests/support/cfg_tree.h"
 #include "tests/support/failing_allocator.h"
 #include "tests/support/language_env.h"
-#include "tests/support/temp_store.h"
 
 namespace {
 
@@ -32,29 +30,34 @@ const std::vector<std::string> kKeys = [] {
 constexpr const char *kVersion3 =
     "HKEY_LOCAL_MACHINE\\SOFTWARE\\Vantrel\\Halcyra\\Products\\Orrery\\Versions\\3";
 
-// Whether a returned malloc text is `expected` (or contains it, with
-// `part`); frees it. Allocates nothing, so that only the library's own
-// allocations are counted.
-bool is_text(char *text, const char *expected, bool part = false) {
-  const bool right = text != nullptr && (part ? std::strstr(text, expected) != nullptr
-                                              : std::strcmp(text, expected) == 0);
+const std::string kProbe = std::string(kVersion3) + "\\Instances\\lab\\Agents\\Probe";
+
+// Whether a returned malloc text is `expected`; frees it. Allocates
+// nothing, so that only the library's own allocations are counted.
+bool is_text(char *text, const char *expected) {
+  const bool right = text != nullptr && std::strcmp(text, expected) == 0;
   std::free(text);
   return right;
 }
 
+// Where list calls report their count.
+uint16_t count;
+
 // Whether a name list holds `want` names, `first` (unless null) the first
-// of them; releases it (both kinds of list are released alike).
-bool is_list(char **list, uint16_t count, uint16_t want, const char *first) {
+// of them; releases it (`slots`: an environment list, else a version or
+// instance list).
+bool is_list(char **list, uint16_t want, const char *first, bool slots = false) {
   const bool right =
       list != nullptr && count == want && (first == nullptr || std::strcmp(list[0], first) == 0);
-  KORVOCfgFreeProductVersions(list);
+  slots ? KORVOCfgFreeEnvironmentVars(list, count) : KORVOCfgFreeProductVersions(list);
   return right;
 }
 
-class AllocationFailure : public korutl_test::TempStore {
+class AllocationFailure : public korutl_test::LanguageStore {
  protected:
   void SetUp() override {
-    TempStore::SetUp();
+    LanguageStore::SetUp();
+    ASSERT_EQ(KORVOCfgRegisterLanguageFile("Halcyra", "2.2.1", "German", "hal_de.dll"), 0);
     cfg_set("Products\\Orrery\\Versions\\2.10", "Path", "/opt/orrery-2.10");
     cfg_set("Products\\Orrery\\Versions\\3\\Instances\\lab\\Agents\\Probe", "Port", "7001");
     cfg_set("Products\\Orrery\\Versions\\3\\Instances\\main", "Path", "/opt/orrery-3");
@@ -69,33 +72,17 @@ TEST_F(AllocationFailure, EveryOperationAnswersOrFailsCleanly) {
       {"KORVOCfgGetValue",
        [] { return is_text(KORVOCfgGetValue(kVersion3, "Path"), "/opt/orrery-3"); }},
       {"KORVOCfgGetProductVersions",
-       [] {
-         uint16_t count = 0;
-         char **list = KORVOCfgGetProductVersions("Orrery", &count);
-         return is_list(list, count, 2, "3");
-       }},
+       [] { return is_list(KORVOCfgGetProductVersions("Orrery", &count), 2, "3"); }},
       {"KORVOCfgGetVersionInstances",
-       [] {
-         uint16_t count = 0;
-         char **list = KORVOCfgGetVersionInstances("Orrery", "3", &count);
-         return is_list(list, count, 2, nullptr);
-       }},
+       [] { return is_list(KORVOCfgGetVersionInstances("Orrery", "3", &count), 2, nullptr); }},
       {"KORVOCfgLocateAgentKey",
-       [] {
-         return is_text(KORVOCfgLocateAgentKey("Orrery", "Probe"),
-                        "\\Instances\\lab\\Agents\\Probe", true);
-       }},
+       [] { return is_text(KORVOCfgLocateAgentKey("Orrery", "Probe"), kProbe.c_str()); }},
       {"KORVOCfgGetProductVersionLatestValue",
        [] {
          return is_text(KORVOCfgGetProductVersionLatestValue("Orrery", "", "Path"), kVersion3);
        }},
       {"KORVOCfgGetEnvironmentVars",
-       [] {
-         uint16_t count = 0;
-         char **vars = KORVOCfgGetEnvironmentVars("Probe", &count);
-         KORVOCfgFreeEnvironmentVars(vars, count);
-         return vars != nullptr && count == 2;
-       }},
+       [] { return is_list(KORVOCfgGetEnvironmentVars("Probe", &count), 2, nullptr, true); }},
       {"KORVOCfgEnumerate",
        [] {
          static int calls;
@@ -165,29 +152,22 @@ TEST_F(AllocationFailure, EveryOperationAnswersOrFailsCleanly) {
          KORVOStackFinite(&stack);
          return pushed == 50;
        }},
+      // The whole fallback chain on a cache of its own: the identifier's
+      // version has no registration, so the text comes from another
+      // version's library.
+      {"KORVOLoadI18NStringEx on a fresh cache",
+       [] {
+         KORVOStack *cache = nullptr;
+         KORVOInitI18n(&cache);
+         const char *text = KORVOLoadI18NStringEx(cache, "\\localhost\\Halcyra\\2.2.1.3", "German",
+                                                  "HAL_LANGUAGE");
+         const bool right =
+             cache != nullptr && text != nullptr && std::strcmp(text, "Deutsch") == 0;
+         KORVOFiniteI18n(&cache);
+         return right;
+       }},
   };
   sweep_all(cases);
-}
-
-// The whole fallback chain on a cache of its own: the identifier's version
-// has no registration, so the text comes from another version's library.
-using AllocationFailureI18n = korutl_test::LanguageStore;
-
-TEST_F(AllocationFailureI18n, LocalisedTextAnswersOrFailsCleanly) {
-  ASSERT_EQ(KORVOCfgRegisterLanguageFile("Halcyra", "2.2.1", "German", "hal_de.dll"), 0);
-  const SweepCase chain[] = {{"KORVOLoadI18NStringEx on a fresh cache", [] {
-                                KORVOStack *cache = nullptr;
-                                KORVOInitI18n(&cache);
-                                if (cache == nullptr) return false;
-                                const char *text =
-                                    KORVOLoadI18NStringEx(cache, "\\localhost\\Halcyra\\2.2.1.3",
-                                                          "German", "HAL_LANGUAGE");
-                                const bool right =
-                                    text != nullptr && std::strcmp(text, "Deutsch") == 0;
-                                KORVOFiniteI18n(&cache);
-                                return right;
-                              }}};
-  sweep_all(chain);
 }
 
 }  // namespace

@@ -28,7 +28,7 @@ std::vector<uint8_t> from_hex(const std::string &hex) {
   return out;
 }
 
-TEST(SaferBlock, PublishedVectors) {
+TEST(SaferBlock, PublishedVectorsAndRoundsCappedAtThirteen) {
   std::ifstream in(KORUTL_TEST_DATA_DIR "/safer-published.txt");
   std::set<std::pair<size_t, bool>> variants;  // K-64, SK-64, K-128, SK-128 all seen
   int count = 0;
@@ -54,10 +54,7 @@ TEST(SaferBlock, PublishedVectors) {
   }
   EXPECT_GE(count, 200);
   EXPECT_EQ(variants.size(), 4u);
-}
-
-// Round counts above 13 are cut to 13 instead of running off the schedule.
-TEST(SaferBlock, RoundsCappedAtThirteen) {
+  // Round counts above 13 are cut to 13 instead of running off the schedule.
   const uint8_t key[8] = {1, 2, 3, 4, 5, 6, 7, 8};
   safer::Schedule capped, thirteen;
   safer::expand_key(key, key, 40, true, capped);

@@ -5,11 +5,10 @@
 #include <atomic>
 #include <cstddef>
 
-namespace {
+namespace korutl_test {
 
 // 0: no call fails; n > 0: the nth call from now fails, later ones do not.
-std::atomic<long> countdown{0};
-std::atomic<long> failed{0};
+std::atomic<long> countdown{0}, failed{0};
 
 bool fail_this_call() {
   if (countdown.load(std::memory_order_relaxed) <= 0) return false;
@@ -17,10 +16,6 @@ bool fail_this_call() {
   failed.fetch_add(1, std::memory_order_relaxed);
   return true;
 }
-
-}  // namespace
-
-namespace korutl_test {
 
 void fail_allocation(long n) {
   failed = 0;
@@ -40,16 +35,16 @@ void *__real_calloc(size_t count, size_t size);
 void *__real_realloc(void *block, size_t size);
 void *__real__Znwm(size_t size);
 WRAPPER void *__wrap_malloc(size_t size) {
-  return fail_this_call() ? nullptr : __real_malloc(size);
+  return korutl_test::fail_this_call() ? nullptr : __real_malloc(size);
 }
 WRAPPER void *__wrap_calloc(size_t count, size_t size) {
-  return fail_this_call() ? nullptr : __real_calloc(count, size);
+  return korutl_test::fail_this_call() ? nullptr : __real_calloc(count, size);
 }
 WRAPPER void *__wrap_realloc(void *block, size_t size) {
-  return fail_this_call() ? nullptr : __real_realloc(block, size);
+  return korutl_test::fail_this_call() ? nullptr : __real_realloc(block, size);
 }
 WRAPPER void *__wrap__Znwm(size_t size) {
-  if (fail_this_call()) throw std::bad_alloc();
+  if (korutl_test::fail_this_call()) throw std::bad_alloc();
   return __real__Znwm(size);
 }
 }

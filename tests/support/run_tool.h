@@ -6,6 +6,7 @@
 #define KORUTL_TESTS_SUPPORT_RUN_TOOL_H
 
 #include <cstdio>
+#include <fstream>
 #include <string>
 #include <vector>
 
@@ -113,13 +114,8 @@ class ToolStore : public TempStore {
   }
   // A file of the test's scratch folder holding `content`.
   std::string input(const std::string &name, const std::string &content) const {
-    const std::string path = scratch(name);
-    std::FILE *f = std::fopen(path.c_str(), "wb");
-    if (f != nullptr) {
-      std::fwrite(content.data(), 1, content.size(), f);
-      std::fclose(f);
-    }
-    return path;
+    std::ofstream(scratch(name), std::ios::binary) << content;
+    return scratch(name);
   }
 };
 

@@ -5,7 +5,9 @@
 // HKEY_LOCAL_MACHINE (RegOverridePredefKey), and the korutl command under
 // test does the same from KORUTL_TEST_HKLM (tests/support/win32_hooks.cpp).
 // Either way file() is a path in a scratch folder of the test's own, and
-// scratch(name) another file there.
+// scratch(name) another file there. cfg_key and cfg_set build keys and
+// values of the configuration tree in the store, with paths relative to
+// HKEY_LOCAL_MACHINE\SOFTWARE\Vantrel\Halcyra.
 #ifndef KORUTL_TESTS_SUPPORT_TEMP_STORE_H
 #define KORUTL_TESTS_SUPPORT_TEMP_STORE_H
 
@@ -19,7 +21,23 @@
 #include <windows.h>
 #endif
 
+#include "siblings/rsv/rsv.h"
+
 namespace korutl_test {
+
+inline std::string cfg_path(const std::string &relative) {
+  return "HKEY_LOCAL_MACHINE\\SOFTWARE\\Vantrel\\Halcyra\\" + relative;
+}
+
+inline void cfg_key(const std::string &relative) {
+  ASSERT_EQ(rsv_create_key(cfg_path(relative).c_str(), "test", __LINE__), RSV_OK) << relative;
+}
+
+inline void cfg_set(const std::string &relative, const std::string &name, const std::string &text) {
+  cfg_key(relative);
+  ASSERT_EQ(rsv_set_value(cfg_path(relative).c_str(), name.c_str(), text.c_str(), "test", __LINE__),
+            RSV_OK);
+}
 
 class TempStore : public ::testing::Test {
  protected:
@@ -60,13 +78,12 @@ class TempStore : public ::testing::Test {
   bool store_exists() const {
 #if defined(_WIN32)
     HKEY key = nullptr;
-    DWORD subkeys = 0;
-    if (RegOpenKeyExA(HKEY_CURRENT_USER, scratch_.c_str(), 0, KEY_READ, &key) != ERROR_SUCCESS)
-      return false;
-    RegQueryInfoKeyA(key, nullptr, nullptr, nullptr, &subkeys, nullptr, nullptr, nullptr, nullptr,
-                     nullptr, nullptr, nullptr);
-    RegCloseKey(key);
-    return subkeys > 0;
+    char name[256];
+    const bool any =
+        RegOpenKeyExA(HKEY_CURRENT_USER, scratch_.c_str(), 0, KEY_READ, &key) == ERROR_SUCCESS &&
+        RegEnumKeyA(key, 0, name, sizeof name) == ERROR_SUCCESS;
+    RegCloseKey(key);  // a key that never opened is refused, nothing more
+    return any;
 #else
     return std::filesystem::exists(file_);
 #endif

@@ -6,10 +6,8 @@
 
 #ifdef __cplusplus
 #include <direct.h>
-#include <process.h>
+#include <io.h>
 
-#include <cerrno>
-#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 
@@ -24,15 +22,8 @@ inline int unsetenv(const char *name) { return _putenv_s(name, "") == 0 ? 0 : -1
 // Makes a new folder from a pattern ending in "XXXXXX"; the pattern is
 // rewritten to the folder's name.
 inline char *mkdtemp(char *pattern) {
-  static unsigned counter = 0;
-  char *digits = pattern + std::strlen(pattern) - 6;
-  for (int attempt = 0; attempt < 100; ++attempt) {
-    std::snprintf(digits, 7, "%06u",
-                  (static_cast<unsigned>(_getpid()) * 7919u + ++counter) % 1000000u);
-    if (_mkdir(pattern) == 0) return pattern;
-    if (errno != EEXIST) return nullptr;
-  }
-  return nullptr;
+  return _mktemp_s(pattern, std::strlen(pattern) + 1) == 0 && _mkdir(pattern) == 0 ? pattern
+                                                                                   : nullptr;
 }
 #endif
 
