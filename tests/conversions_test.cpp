@@ -100,7 +100,7 @@ int32_t open(int32_t from, int32_t to) {
 
 using Conversions = korutl_test::TempStore;
 
-TEST_F(Conversions, UnicodeFormsCodePagesAndTheirStart) {
+TEST_F(Conversions, UnicodeForms) {
   EXPECT_EQ(run(KORVOConvertUCS4toUTF16, U32{0x1F600}).out, (U16{0xD83D, 0xDE00}));
   // The UCS-4 encoder joins a pair given as two units; lone and reversed
   // surrogates pass through the UTF-16 decoders (through UTF-8 as well:
@@ -134,6 +134,9 @@ TEST_F(Conversions, UnicodeFormsCodePagesAndTheirStart) {
       {u"~\\!", true, true, "+AH4AXA-!"}};
   for (const auto &[in, optional_direct, close, out] : encoded)
     EXPECT_EQ(encode(in, optional_direct, close).text, out);
+}
+
+TEST_F(Conversions, Utf7) {
   // Decoding goes on after malformed input and reports it at the end.
   const std::tuple<const char *, int32_t, const char16_t *> decoded[] = {
       {"+AOk x", CONV_OK, u"\u00e9 x"},
@@ -160,6 +163,9 @@ TEST_F(Conversions, UnicodeFormsCodePagesAndTheirStart) {
   EXPECT_EQ(decode("+-", 0).result, CONV_TARGET_EXHAUSTED);
   EXPECT_EQ(KORVOConvertUCS2toUTF7(nullptr, nullptr, nullptr, nullptr, 0, 0), CONV_OK);
   EXPECT_EQ(KORVOConvertUTF7toUCS2(nullptr, nullptr, nullptr, nullptr), CONV_OK);
+}
+
+TEST_F(Conversions, CodePagesAndTheirStart) {
   // Start-up through the registry: the conversion objects' folder comes
   // from the "Cpx_Objects_Path" setting, and trace lines then reach stderr.
   const std::string folder = std::filesystem::temp_directory_path().string();

@@ -50,7 +50,7 @@ std::string text_of(const std::string &key, const char *name) {
   return rsv_get_value(key.c_str(), name, buf, &len, AT) == RSV_OK ? buf : "<unread>";
 }
 
-TEST_F(RsvTest, KeysValuesAndRegFiles) {
+TEST_F(RsvTest, KeysAndValues) {
   uint16_t n = 99;
   EXPECT_EQ(rsv_query_key(root.c_str(), &n, nullptr, AT), RSV_E_NO_KEY);
   EXPECT_EQ(rsv_get_value(root.c_str(), "x", nullptr, nullptr, AT), RSV_E_NO_KEY);
@@ -133,6 +133,9 @@ TEST_F(RsvTest, KeysValuesAndRegFiles) {
             RSV_OK);
   EXPECT_EQ(type, 2u);
   EXPECT_EQ(std::string(data, size), std::string("/var/tmp/hal\0", 13));
+}
+
+TEST_F(RsvTest, RegFileImports) {
   // UTF-16 files are read above (the export); edits come here in UTF-8.
   const std::string keys =
       "Windows Registry Editor Version 5.00\n[HKEY_LOCAL_MACHINE\\A\\B]\n\"x\"=\"1\"\n@=\"d\"\n"

@@ -36,7 +36,7 @@ std::string parts(const KORVOObjectId *id) {
 }
 
 // The edge cases that key-text and escape readers depend on.
-TEST(Strings, DigitsTrimHostNamesQuotingMarkupWordsEscapesAndObjectIds) {
+TEST(Strings, DigitsTrimAndHostNames) {
   // Code, then the values of KORVOHex2Int, KORVOChar2Int and KORVOGetValueOfHexDigit.
   const int cases[][4] = {{':', 96, 26, 0},  {'g', 97, 71, 0}, {0, 95, 95, 0},    {' ', 97, 0, 0},
                           {'~', 97, 94, 0},  {127, 97, 97, 0}, {'C', 12, 35, 12}, {'0', 0, 16, 0},
@@ -59,6 +59,9 @@ TEST(Strings, DigitsTrimHostNamesQuotingMarkupWordsEscapesAndObjectIds) {
   for (const char *invalid :
        {"-a", "a-.b", "a..b", ".a", "a_b", "", "h\xE9", static_cast<const char *>(nullptr)})
     EXPECT_EQ(KORVOIsValidHostName(invalid), 0) << invalid;
+}
+
+TEST(Strings, QuotingMarkupAndPatternsRefuseWhatWouldNotFit) {
   EXPECT_EQ(take(KORVOStrGetQuotedParm("a\nb\rc\\\"'", nullptr, 0)), "\"a\\nb\\rc\\\\\\\"'\"");
   const char *unquotes[][2] = {{"\"it's\"", "it's"}, {"'a\\rb'", "arb"}, {"'ab'cd", "ab"},
                                {"'abc", "abc"},      {"'a\\'b'", "a'b"}, {"'ab\\", "ab"}};
@@ -82,6 +85,9 @@ TEST(Strings, DigitsTrimHostNamesQuotingMarkupWordsEscapesAndObjectIds) {
   // Too small to hold even the quotes or the null literal: refused.
   EXPECT_EQ(KORVOStrGetQuotedJSString("abc", buf, 2), nullptr);
   EXPECT_EQ(KORVOStrGetQuotedJSString(nullptr, buf, 4), nullptr);
+}
+
+TEST(Strings, WordsAndEscapes) {
   // Extraction sees every field, the empty ones too, but a leading separator.
   EXPECT_EQ(KORVOStrGetWordCount("  a  b  ", ' '), 2);
   EXPECT_EQ(KORVOStrGetWordCount("a,,b", ','), 2);
@@ -124,6 +130,9 @@ TEST(Strings, DigitsTrimHostNamesQuotingMarkupWordsEscapesAndObjectIds) {
   char multi[] = "p%20q\0r\0";
   EXPECT_EQ(KORVOStrRestoreSpecialChars1(multi), 0);
   EXPECT_EQ(std::memcmp(multi, "p q\0r", 5), 0);
+}
+
+TEST(Strings, ObjectIdentifiers) {
   // Text, parts, canonical text: no empty part and no word lost.
   const char *ids[][3] = {
       {"localhost\\Halcyra\\2.2.1.3\\", "localhost|Halcyra|2.2.1.3|",
