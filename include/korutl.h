@@ -912,6 +912,12 @@ KORUTL_API int32_t KORVOConvertUTF7toUCS2(const uint8_t **source_start, const ui
  * SAFER buffer encryption
  * ------------------------------------------------------------------------ */
 
+/* The flags a KORVOSaferCrypt mode from 0 to 7 is the sum of. */
+#define KORVO_SAFER_ENCRYPT 0            /* no flag: encrypt, K schedule */
+#define KORVO_SAFER_DECRYPT 1            /* decrypt */
+#define KORVO_SAFER_SK 2                 /* the strengthened key schedule */
+#define KORVO_SAFER_SHORT_KEY_6_ROUNDS 4 /* a key text of up to 8 characters gets 6 rounds */
+
 /* Encrypts or decrypts `input` (`input_length` bytes, below 8,192) with
  * SAFER in CBC mode, zero initial vector per call, zero padding and one
  * trailing encrypted block holding the plaintext length in bits (64-bit,
@@ -938,11 +944,6 @@ KORUTL_API int32_t KORVOConvertUTF7toUCS2(const uint8_t **source_start, const ui
  * Ciphertexts fall under the same 8,192-byte input limit, so plaintexts
  * of more than 8,176 bytes encrypt to texts that cannot be decrypted.
  * No shared state: callable from any thread. */
-#define KORVO_SAFER_ENCRYPT 0            /* no flag: encrypt, K schedule */
-#define KORVO_SAFER_DECRYPT 1            /* decrypt */
-#define KORVO_SAFER_SK 2                 /* the strengthened key schedule */
-#define KORVO_SAFER_SHORT_KEY_6_ROUNDS 4 /* a key text of up to 8 characters gets 6 rounds */
-
 KORUTL_API int32_t KORVOSaferCrypt(int32_t mode, const uint8_t *input, uint32_t input_length,
                                    uint8_t *output, uint32_t *output_length, const char *key_text);
 
@@ -950,12 +951,12 @@ KORUTL_API int32_t KORVOSaferCrypt(int32_t mode, const uint8_t *input, uint32_t 
  * Buffer crypt front end, XOR scrambler, Base64 and hexadecimal
  * ------------------------------------------------------------------------ */
 
-/* Methods of KORVOCSCryptBuffer and KORVOCSDecryptBuffer. */
-#define KORVO_CRYPT_SCRAMBLE 1
-#define KORVO_CRYPT_SAFER 2
-/* The KORVOSaferCrypt mode behind KORVO_CRYPT_SAFER (6); restoring adds
- * KORVO_SAFER_DECRYPT (7). */
-#define KORVO_CRYPT_SAFER_MODE (KORVO_SAFER_SK | KORVO_SAFER_SHORT_KEY_6_ROUNDS)
+/* Methods of KORVOCSCryptBuffer and KORVOCSDecryptBuffer, and the
+ * KORVOSaferCrypt mode behind KORVO_CRYPT_SAFER (6; restoring adds
+ * KORVO_SAFER_DECRYPT, 7). */
+#define KORVO_CRYPT_SCRAMBLE 1 /* the XOR scrambler */
+#define KORVO_CRYPT_SAFER 2    /* SAFER in KORVO_CRYPT_SAFER_MODE */
+#define KORVO_CRYPT_SAFER_MODE (KORVO_SAFER_SK | KORVO_SAFER_SHORT_KEY_6_ROUNDS) /* mode 6 */
 
 /* Protects `input` by `method`: 1 the XOR scrambler (KORVOObxCrypt with the
  * key text as key), 2 SAFER (KORVOSaferCrypt mode 6), anything else a copy.
@@ -982,6 +983,10 @@ KORUTL_API void KORVOCSCryptBuffer(int32_t method, const uint8_t *input, uint32_
 KORUTL_API void KORVOCSDecryptBuffer(int32_t method, const uint8_t *input, uint32_t input_length,
                                      uint8_t *output, uint32_t *output_length, const char *key);
 
+/* Directions of KORVOObxCrypt; both give the same result. */
+#define KORVO_OBX_SCRAMBLE 1   /* scramble */
+#define KORVO_OBX_UNSCRAMBLE 2 /* unscramble */
+
 /* The XOR scrambler, in place on `buffer_length` bytes of `buffer`. The
  * keystream starts at the sum of i * key[i-1] for i = 1..key_length
  * (mod 256) and grows by 7, 14, 21, ... per byte. Applying it twice with
@@ -989,11 +994,12 @@ KORUTL_API void KORVOCSDecryptBuffer(int32_t method, const uint8_t *input, uint3
  * does not change the result. A length of 0 or less changes nothing; a
  * null or empty key starts the keystream at 0. Obfuscation, not
  * encryption. */
-#define KORVO_OBX_SCRAMBLE 1
-#define KORVO_OBX_UNSCRAMBLE 2
-
 KORUTL_API void KORVOObxCrypt(int32_t direction, const uint8_t *key, int32_t key_length,
                               uint8_t *buffer, int32_t buffer_length);
+
+/* Directions of KORVOBase64Crypt. */
+#define KORVO_BASE64_ENCODE 1 /* bytes to Base64 */
+#define KORVO_BASE64_DECODE 0 /* Base64 to bytes, as any value other than KORVO_BASE64_ENCODE */
 
 /* Base64 (alphabet A-Z a-z 0-9 + /, pad '='). `direction` 1 encodes
  * `input_length` bytes into 4 * ceil(n / 3) characters and a terminating
@@ -1005,11 +1011,14 @@ KORUTL_API void KORVOObxCrypt(int32_t direction, const uint8_t *key, int32_t key
  * the number of characters or bytes written, without the terminator. An
  * input length of 0 or less, or a null pointer, returns 0 and writes
  * nothing. Tables are constants: callable from any thread. */
-#define KORVO_BASE64_ENCODE 1
-#define KORVO_BASE64_DECODE 0 /* as any value other than KORVO_BASE64_ENCODE */
-
 KORUTL_API int32_t KORVOBase64Crypt(int32_t direction, const void *input, void *output,
                                     int32_t input_length);
+
+/* Modes of KORVOCSPrepareBinaryBuffer. */
+#define KORVO_BINARY_TO_HEX 2       /* bytes to upper-case hexadecimal */
+#define KORVO_HEX_TO_BINARY (-2)    /* hexadecimal to bytes */
+#define KORVO_BINARY_TO_BASE64 1    /* bytes to length-prefixed Base64 */
+#define KORVO_BASE64_TO_BINARY (-1) /* length-prefixed Base64 to bytes */
 
 /* Binary buffers to text and back:
  *   mode 2: bytes to upper-case hexadecimal and a terminating zero;
@@ -1029,11 +1038,6 @@ KORUTL_API int32_t KORVOBase64Crypt(int32_t direction, const void *input, void *
  * A negative input length in modes -2 to 2 gives the empty result
  * (output[0] = 0, length 0); null `output` or `output_length` does
  * nothing. */
-#define KORVO_BINARY_TO_HEX 2
-#define KORVO_HEX_TO_BINARY (-2)
-#define KORVO_BINARY_TO_BASE64 1
-#define KORVO_BASE64_TO_BINARY (-1)
-
 KORUTL_API void KORVOCSPrepareBinaryBuffer(int32_t mode, const void *input, int32_t input_length,
                                            void *output, uint32_t *output_length);
 
