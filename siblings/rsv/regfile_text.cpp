@@ -64,7 +64,7 @@ bool utf8_to_utf16le(std::string_view in, std::string &out) {
                       : (b >> 3) == 30 ? 3
                                        : -1;
     if (extra < 0 || in.size() - i <= static_cast<size_t>(extra)) return false;
-    uint32_t c = extra == 0 ? b : b & (0x3F >> extra);
+    uint32_t c = extra == 0 ? b : static_cast<uint32_t>(b & (0x3F >> extra));
     for (int k = 1; k <= extra; ++k) {
       const uint8_t t = static_cast<uint8_t>(in[i + static_cast<size_t>(k)]);
       if ((t & 0xC0) != 0x80) return false;
