@@ -248,10 +248,11 @@ TEST_F(DurabilityTest, DamagedPagesFailAListingInsteadOfShorteningIt) {
     const uint16_t rc = rsv_enum_values(shelf.c_str(), names.data(), &n, AT);
     EXPECT_TRUE(rc == RSV_E_STORE || (rc == RSV_OK && n == count)) << rc << " " << n;
   }).join();
-  // The command's tree says what it could not read and fails.
+#ifdef KORUTL_TOOL_FILE  // the command's tree says what it could not read and fails
   const korutl_test::ToolRun tree = korutl_test::run_tool({"reg", "tree", shelf});
   EXPECT_EQ(tree.status, 1) << tree.out;
   EXPECT_NE(tree.out.find("korutl: cannot read"), std::string::npos) << tree.out;
+#endif
 }
 
 TEST_F(DurabilityTest, RelativeStorePathStaysPutAcrossChdir) {

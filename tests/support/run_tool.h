@@ -82,7 +82,8 @@ inline std::string quoted(const std::string &word) {
 }
 #endif
 
-inline ToolRun run_tool(const std::vector<std::string> &args, const std::string &input = "") {
+inline ToolRun run_tool([[maybe_unused]] const std::vector<std::string> &args,
+                        [[maybe_unused]] const std::string &input = "") {
   ToolRun r{-1, {}};
 #ifdef KORUTL_TOOL_FILE
   std::string line = quoted(KORUTL_TOOL_FILE);
