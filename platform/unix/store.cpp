@@ -38,7 +38,7 @@ int64_t find_key(sqlite3 *db, std::string_view path) {
   const int rc = s.step();
   if (rc == SQLITE_ROW) return sqlite3_column_int64(s.get(), 0);
   if (rc == SQLITE_DONE) return 0;
-  set_error(sqlite3_errmsg(db));
+  sqlite_failure(db);  // damaged or busy is said as such
   return -1;
 }
 

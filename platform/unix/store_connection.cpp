@@ -258,7 +258,7 @@ Statement::Statement(sqlite3 *db, const char *sql) {
   }
   if (sqlite3_prepare_v3(db, sql, -1, SQLITE_PREPARE_PERSISTENT, &stmt_, nullptr) != SQLITE_OK) {
     cache.erase(slot);
-    set_error(sqlite3_errmsg(db));
+    sqlite_failure(db);  // a damaged schema page is said as such
     stmt_ = nullptr;
     return;
   }
