@@ -245,6 +245,28 @@ RSV_API uint16_t rsv_enum_values(const char *key, char **names, uint16_t *count,
   });
 }
 
+RSV_API uint16_t rsv_list_names(const char *key, int32_t kind, rsv_name_func func, void *context,
+                                const char *module, int32_t line) {
+  return run_guarded("list_names", module, line, [&]() -> uint16_t {
+    if (key == nullptr || func == nullptr || (kind != RSV_LIST_SUBKEYS && kind != RSV_LIST_VALUES))
+      return bad_argument("list_names", module, line);
+    std::vector<std::string> names;
+    store::Status st;
+    if (kind == RSV_LIST_SUBKEYS) {
+      st = store::list_subkeys(key, names);
+    } else {
+      std::vector<store::Value> values;
+      st = store::list_values(key, values);
+      names.reserve(values.size());
+      for (store::Value &v : values) names.push_back(std::move(v.name));
+    }
+    if (st != store::Status::ok) return traced_status(st, "list_names", key, module, line);
+    for (const std::string &name : names)
+      if (func(name.c_str(), context) != 0) break;
+    return RSV_OK;
+  });
+}
+
 RSV_API uint16_t rsv_export_file(const char *key, const char *file, const char *module,
                                  int32_t line) {
   return run_guarded("export_file", module, line, [&]() -> uint16_t {

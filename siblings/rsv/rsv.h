@@ -128,6 +128,23 @@ RSV_API uint16_t rsv_enum_subkeys(const char *key, char **names, uint16_t *count
 RSV_API uint16_t rsv_enum_values(const char *key, char **names, uint16_t *count, const char *module,
                                  int32_t line);
 
+/* Which names rsv_list_names hands out. */
+#define RSV_LIST_SUBKEYS 0
+#define RSV_LIST_VALUES 1
+
+/* Called by rsv_list_names once per name with the caller's context; a
+ * nonzero result stops the listing. */
+typedef int32_t (*rsv_name_func)(const char *name, void *context);
+
+/* Every name of a key's subkeys (RSV_LIST_SUBKEYS, in case-insensitive
+ * name order) or values (RSV_LIST_VALUES, in first-set order), whole
+ * whatever their length or number, where the slot enumerations above cut
+ * names and stop at 65535. The names come from one committed state of the
+ * tree and are handed out after it was read, so func may call the service
+ * (and write). A listing stopped by func is still RSV_OK. Interface 1.14. */
+RSV_API uint16_t rsv_list_names(const char *key, int32_t kind, rsv_name_func func, void *context,
+                                const char *module, int32_t line);
+
 /* Writes the key and its subtree to `file` in the registry editor's .reg
  * format (version 5.00, UTF-16LE with a byte-order mark). */
 RSV_API uint16_t rsv_export_file(const char *key, const char *file, const char *module,
