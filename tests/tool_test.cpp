@@ -44,9 +44,8 @@ class Tool : public korutl_test::ToolStore {
 TEST_F(Tool, SubcommandsRegistryTypesAndFilters) {
   expect("version", 0,
          "name=Halcyra Utility Library\nversion=2.2.1.3\nrelease=8\nfile=korutl.dll\n");
-  for (const char *usage :
-       {"", "no-such-command", "digits", "cfg get a b c d", "escape json x", "crypt protect",
-        "reg add HKLM\\X /v N /t REG_BOGUS /d 1", "reg tree HKLM --depth x"})
+  for (const char *usage : {"", "no-such-command", "digits", "cfg get a b c d", "escape json x",
+                            "crypt protect", "reg add HKLM\\X /v N /t REG_BOGUS /d 1"})
     expect(usage, 2);
   expect("cfg versions Orrery", 0, "3\n2.10\n2.2.1\n");
   expect("oid parent \\localhost\\Halcyra", 0, "text=\\localhost\nparts=1\npart0=localhost\n");
@@ -63,23 +62,6 @@ TEST_F(Tool, SubcommandsRegistryTypesAndFilters) {
   expect("msgfile unregister Orrery 3", 0);
   expect("user check \\localhost\\Orrery\\2.10 operator", 0, "authorised\n");
   expect("user check \\localhost\\Orrery\\2.10 guest", 1);
-  const std::string key = "HKLM\\SOFTWARE\\Vantrel\\Halcyra\\Global";
-  const char *cases[][2] = {{"/v N /t REG_DWORD /d 17", "N    REG_DWORD    0x11"},
-                            {"--value Q --type REG_QWORD --data 0x100000000", "0x100000000"},
-                            {"/v B /t REG_BINARY /d 00ff10", "B    REG_BINARY    00FF10"},
-                            {"/v M /t REG_MULTI_SZ /d a\\0b", "M    REG_MULTI_SZ    a\\0b"},
-                            {"/ve /d top", "(Default)    REG_SZ    top"}};
-  for (const auto &[add, shown] : cases) {
-    expect("reg add " + key + " " + add, 0);
-    EXPECT_NE(expect("reg query " + key, 0).find(shown), std::string::npos) << shown;
-  }
-  expect("reg delete " + key + " /v N", 0);
-  expect("reg query " + key + " /v N", 1);
-  expect("reg tree HKLM\\SOFTWARE\\Vantrel\\Halcyra\\Products\\Halcyra --depth 1", 0,
-         "HKEY_LOCAL_MACHINE\\SOFTWARE\\Vantrel\\Halcyra\\Products\\Halcyra\n"
-         "  Use_Strict_Version (REG_SZ) = 0\n  Versions\\\n");
-  expect("reg delete HKLM\\SOFTWARE /f", 0);
-  expect("reg query " + key, 1);
   setenv("K8", "right", 1);
   const std::string key_file = "--key-file " + input("key", "right\n");
   // Each key source, method and armor once.
@@ -108,6 +90,105 @@ TEST_F(Tool, SubcommandsRegistryTypesAndFilters) {
   EXPECT_TRUE(through == text) << "round trip differs, sizes " << through.size() << " "
                                << text.size();
 }
+
+// korutl reg: help and mistyped switches touch nothing, nothing is deleted
+// or overwritten unasked (the tests have no terminal to answer on).
+TEST_F(Tool, RegHelpMistakesAndUnaskedChangesLeaveTheStore) {
+  const std::string tree = expect("reg tree HKLM", 0);
+  for (const char *verb : {"query", "add", "delete", "copy", "compare", "export", "import", "tree"})
+    for (const char *help : {" --help", " /?", " -h"}) expect(std::string("reg ") + verb + help, 0);
+  const std::string global = "HKLM\\SOFTWARE\\Vantrel\\Halcyra\\Global";
+  for (const char *usage :
+       {"reg add HKLM\\X /bogus", "reg delete -x", "reg add HKLM\\X --value -h",
+        "reg delete HKLM\\X /v /f", "reg query NOROOT\\X", "reg delete HKLM\\X /ve /va",
+        "reg add HKLM\\X /d 1", "reg add HKLM\\X /v q /t REG_QWORD /d 18446744073709551616",
+        "reg add HKLM\\X /v d /t reg_dword /d 4294967296",
+        "reg add HKLM\\X /v b /t REG_BINARY /d 0g",
+        "reg add HKLM\\X /v m /t REG_MULTI_SZ /d a\\0\\0b", "reg export HKLM\\X out.reg /q",
+        "reg tree HKLM --depth x"})
+    expect(usage, 2);
+  for (const std::string &refused : std::vector<std::string>{
+           "reg delete HKLM /f", "reg delete hkey_local_machine", "reg delete " + global,
+           "reg delete " + global + " /v Language", "reg delete " + global + " /va",
+           "reg add " + global + " /v Language /d x", "reg copy " + global + " " + global + " /s"})
+    EXPECT_EQ(expect(refused, 1).rfind("korutl: ", 0), 0u) << refused;
+  EXPECT_EQ(expect("reg tree HKLM", 0), tree);
+}
+
+// Values as typed and as shown: type names in any case, ranges, reg.exe's
+// display, names longer than the service's old 33-byte slots, JSON.
+TEST_F(Tool, RegValuesInAndOut) {
+  const std::string key = "hklm\\SOFTWARE\\Vantrel\\J";
+  const char *cases[][2] = {
+      {"/v N /t reg_dword /d 17", "    N    REG_DWORD    0x11\n"},
+      {"--value Q --type REG_QWORD --data 18446744073709551615",
+       "    Q    REG_QWORD    0xffffffffffffffff\n"},
+      {"/v B /t REG_BINARY /d 00ff1a", "    B    REG_BINARY    00FF1A\n"},
+      {"/v M /t REG_MULTI_SZ /s , /d a,b", "    M    REG_MULTI_SZ    a\\0b\n"},
+      {"/ve /d top", "    (Default)    REG_SZ    top\n"},
+      {"/v A_value_name_far_longer_than_thirty_two_characters /d x",
+       "    A_value_name_far_longer_than_thirty_two_characters    REG_SZ    x\n"}};
+  for (const auto &[add, shown] : cases) {
+    expect("reg add " + key + " " + add, 0);
+    EXPECT_NE(expect("reg query " + key, 0).find(shown), std::string::npos) << shown;
+  }
+  expect("reg add " + key + " /v N /t REG_DWORD /d 0x20 /f", 0);
+  expect("reg add " + key + "\\Sub", 0);
+  expect("reg query " + key + " --json", 0,
+         "{\"key\":\"HKEY_LOCAL_MACHINE\\\\SOFTWARE\\\\Vantrel\\\\J\",\"values\":["
+         "{\"name\":\"N\",\"type\":\"REG_DWORD\",\"data\":32},"
+         "{\"name\":\"Q\",\"type\":\"REG_QWORD\",\"data\":18446744073709551615},"
+         "{\"name\":\"B\",\"type\":\"REG_BINARY\",\"data\":\"00FF1A\"},"
+         "{\"name\":\"M\",\"type\":\"REG_MULTI_SZ\",\"data\":[\"a\",\"b\"]},"
+         "{\"name\":\"\",\"type\":\"REG_SZ\",\"data\":\"top\"},"
+         "{\"name\":\"A_value_name_far_longer_than_thirty_two_characters\",\"type\":\"REG_SZ\","
+         "\"data\":\"x\"}],\"subkeys\":[{\"key\":\"HKEY_LOCAL_"
+         "MACHINE\\\\SOFTWARE\\\\Vantrel\\\\J\\\\Sub\"}]}\n");
+  expect("reg tree " + key + " --depth 0", 0);
+  expect("reg delete " + key + " /va /f", 0);
+  expect("reg query " + key + " /v N", 1,
+         "korutl: no value \"N\" in HKEY_LOCAL_MACHINE\\SOFTWARE\\Vantrel\\J\n");
+}
+
+// copy, compare (0 identical, 1 different), search, and a backup through
+// standard output and input.
+TEST_F(Tool, RegCopyCompareSearchAndBackup) {
+  const std::string orrery = "HKLM\\SOFTWARE\\Vantrel\\Halcyra\\Products\\Orrery",
+                    copy = "HKLM\\SOFTWARE\\Vantrel\\Copy";
+  expect("reg copy " + orrery + " " + copy + " /s", 0);
+  expect("reg compare " + orrery + " " + copy + " /s", 0);
+  expect("reg add " + copy + "\\Versions\\3 /v Beta /d no /f", 0);
+  EXPECT_NE(expect("reg compare " + orrery + " " + copy + " /s", 1)
+                .find("> Value: HKEY_LOCAL_MACHINE\\SOFTWARE\\Vantrel\\Copy\\Versions\\3  Beta  "
+                      "REG_SZ  no\n"),
+            std::string::npos);
+  expect("reg compare " + orrery + " " + copy, 0);  // the top level alone
+  EXPECT_NE(expect("reg query " + copy + " /f NO /d /e /s", 0).find("1 match"), std::string::npos);
+  expect("reg query " + copy + " /f NO /d /e /c /s", 1);
+  const std::string backup = expect("reg export " + copy + " -", 0);
+  expect("reg delete " + copy + " /f", 0);
+  expect("reg query " + copy, 1,
+         "korutl: the key HKEY_LOCAL_MACHINE\\SOFTWARE\\Vantrel\\Copy does not exist\n");
+  expect("reg import -", 0, nullptr, backup);
+  EXPECT_EQ(expect("reg export " + copy + " -", 0), backup);
+}
+
+#if !defined(_WIN32)
+// A store that fails says why and which file, never "does not exist".
+TEST_F(Tool, RegNamesTheDamagedStore) {
+  const std::string damaged = input("damaged.db", std::string(8192, 'x'));
+  const std::string store = std::getenv("KORVO_REGISTRY");
+  setenv("KORVO_REGISTRY", damaged.c_str(), 1);
+  for (const char *line :
+       {"reg query HKLM\\SOFTWARE", "reg tree HKLM --json", "reg delete HKLM\\X /f"}) {
+    const std::string out = expect(line, 1);
+    EXPECT_EQ(out.rfind("korutl: cannot read HKEY_LOCAL_MACHINE", 0), 0u) << out;
+    EXPECT_NE(out.find(damaged + ": file is not a database\n"), std::string::npos) << out;
+    EXPECT_EQ(out.find('\n'), out.size() - 1) << out;
+  }
+  setenv("KORVO_REGISTRY", store.c_str(), 1);
+}
+#endif
 
 #if !defined(_WIN32)
 // `korutl demo` (Linux only: on Windows the tree is the system registry,
