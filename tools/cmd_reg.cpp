@@ -1,6 +1,5 @@
 // korutl reg: the configuration store's keys and values from a shell, with
 // the verbs and switches of Windows' reg command (reg_verbs.h).
-#include "siblings/rsv/rsv.h"
 #include "tools/reg_keys.h"
 #include "tools/reg_report.h"
 #include "tools/reg_verbs.h"
