@@ -3,6 +3,7 @@
 #include <strings.h>
 
 #include "korutl.h"
+#include "siblings/rsv/rsv.h"
 #include "tools/reg_tree.h"
 #include "tools/reg_values.h"
 
@@ -22,7 +23,9 @@ void print_product(std::FILE *out, const std::string &product, const std::string
     for (const std::string &instance : take_name_list(instances, count)) {
       std::fprintf(out, "%s    instance %s\n", indent.c_str(), instance.c_str());
       const std::string agents_key = instances_key + "\\" + instance + "\\Agents";
-      for (const std::string &agent : reg_subkey_names(agents_key)) {
+      std::vector<std::string> agents;
+      store_names(agents_key, RSV_LIST_SUBKEYS, agents, kRegModule);
+      for (const std::string &agent : agents) {
         std::fprintf(out, "%s      agent %s\n", indent.c_str(), agent.c_str());
         print_reg_values(out, agents_key + "\\" + agent, indent + "        ");
       }
@@ -40,7 +43,23 @@ std::vector<std::string> take_name_list(char **list, uint16_t count) {
   return names;
 }
 
-std::vector<std::string> cfg_products() { return reg_subkey_names(kProducts); }
+uint16_t store_names(const std::string &key, int32_t kind, std::vector<std::string> &names,
+                     const char *module) {
+  names.clear();
+  return rsv_list_names(
+      key.c_str(), kind,
+      [](const char *name, void *context) -> int32_t {
+        static_cast<std::vector<std::string> *>(context)->emplace_back(name);
+        return 0;
+      },
+      &names, module, __LINE__);
+}
+
+std::vector<std::string> cfg_products() {
+  std::vector<std::string> products;
+  store_names(kProducts, RSV_LIST_SUBKEYS, products, kRegModule);
+  return products;
+}
 
 bool print_cfg_tree(std::FILE *out, const std::string &product, const std::string &indent) {
   bool found = false;

@@ -16,6 +16,11 @@ namespace korutl_tool {
 // count it sets must not be read in the same expression.
 std::vector<std::string> take_name_list(char **list, uint16_t count);
 
+// Every name of a key's subkeys (RSV_LIST_SUBKEYS) or values
+// (RSV_LIST_VALUES), whole, into `names`; the registry service's status.
+uint16_t store_names(const std::string &key, int32_t kind, std::vector<std::string> &names,
+                     const char *module);
+
 // The products under "HKEY_LOCAL_MACHINE\SOFTWARE\Vantrel\Halcyra\Products".
 std::vector<std::string> cfg_products();
 
