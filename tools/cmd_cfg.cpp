@@ -27,7 +27,7 @@ constexpr const char *kCfgModule = "tools/cfg";
 
 // The positional arguments and switches of the one subcommand that runs.
 std::vector<std::string> words;
-bool json = false;
+bool cfg_json = false;
 
 // The optional middle argument: present when all `max` words were given.
 const char *optional(size_t index, size_t max) {
@@ -55,7 +55,7 @@ Shown typed(const std::string &name, const RegValue &v) {
 }
 
 void print_names(const char *label, const std::vector<std::string> &names) {
-  if (!json) {
+  if (!cfg_json) {
     for (const std::string &name : names) std::printf("%s\n", name.c_str());
     return;
   }
@@ -72,7 +72,7 @@ void write_value(JsonWriter &w, const Shown &v) {
 }
 
 void print_values(const std::vector<Shown> &values) {
-  if (!json) {
+  if (!cfg_json) {
     for (const Shown &v : values) std::printf("%s=%s\n", v.name.c_str(), v.data.c_str());
     return;
   }
@@ -83,7 +83,7 @@ void print_values(const std::vector<Shown> &values) {
 }
 
 void print_value(const Shown &v) {
-  if (!json) {
+  if (!cfg_json) {
     std::printf("%s=%s\n", v.name.c_str(), v.data.c_str());
     return;
   }
@@ -93,7 +93,7 @@ void print_value(const Shown &v) {
 }
 
 void print_key(const std::string &key) {
-  if (!json) {
+  if (!cfg_json) {
     std::printf("%s\n", key.c_str());
     return;
   }
@@ -163,7 +163,7 @@ CLI::App *add(CLI::App &cfg, const char *name, const char *help, const char *usa
     cmd->add_option(usage, words)
         ->expected(static_cast<int>(min), static_cast<int>(max))
         ->required();
-  cmd->add_flag("--json", json, "Print one JSON document (see the manual page)");
+  cmd->add_flag("--json", cfg_json, "Print one JSON document (see the manual page)");
   return cmd;
 }
 

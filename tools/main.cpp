@@ -1,6 +1,7 @@
 // korutl: the library's services from a shell.
 #include <cstring>
 #include <map>
+#include <memory>
 #include <string>
 
 #include "tools/commands.h"
@@ -24,6 +25,47 @@ std::string command_path(const CLI::App *app) {
     path = app->get_name() + (path.empty() ? "" : " " + path);
   return path;
 }
+
+// --help-all: the top-level help, then every verb as
+//   korutl cfg get PRODUCT [VERSION] NAME:
+//       Print a value of a product, or of a product version
+//     --json                      Print one JSON document ...
+// which help2man turns into a subsection per verb with its switches, so
+// that the manual page shows every verb, reg's included, without a list
+// of its own.
+class ManualFormatter : public CLI::Formatter {
+ public:
+  std::string make_help(const CLI::App *app, std::string name,
+                        CLI::AppFormatMode mode) const override {
+    if (mode != CLI::AppFormatMode::All || app->get_parent() != nullptr)
+      return CLI::Formatter::make_help(app, std::move(name), mode);
+    std::string out = CLI::Formatter::make_help(app, std::move(name), CLI::AppFormatMode::Normal);
+    verbs(app, app->get_name(), out);
+    return out;
+  }
+
+ private:
+  void verbs(const CLI::App *app, const std::string &path, std::string &out) const {
+    const auto all = [](const CLI::App *) { return true; };
+    for (const CLI::App *sub : app->get_subcommands(all)) {
+      const std::string here = path + " " + sub->get_name();
+      if (!sub->get_subcommands(all).empty()) {
+        verbs(sub, here, out);
+        continue;
+      }
+      out += "\n" + here;
+      for (const CLI::Option *opt : sub->get_options())
+        if (opt->get_positional())
+          out += opt->get_required() ? " " + opt->get_name(true, false)
+                                     : " [" + opt->get_name(true, false) + "]";
+      out += ":\n    " + sub->get_description() + "\n";
+      for (const CLI::Option *opt : sub->get_options())
+        if (!opt->get_positional() && opt != sub->get_help_ptr() &&
+            opt != sub->get_help_all_ptr())
+          out += make_option(opt, false);
+    }
+  }
+};
 
 // The deepest subcommand given on the command line.
 const CLI::App *last_parsed(const CLI::App &app) {
@@ -50,6 +92,7 @@ int main(int argc, char **argv) {
   app.require_subcommand(1);
   app.set_version_flag("--version", "korutl " KORUTL_FULL_VERSION_TEXT);
   // Every subcommand with its options in one text, for the manual page.
+  app.formatter(std::make_shared<ManualFormatter>());
   app.set_help_all_flag("--help-all", "Print the help of every subcommand and exit");
   add_all_commands(app);
   // CLI11 would report a misspelt subcommand as a missing one.
