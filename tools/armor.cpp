@@ -160,7 +160,8 @@ bool TextDecoder::finish(Bytes &out) {
 
 std::string armor_text(TextForm form, const Bytes &data) {
   TextEncoder encoder(form);
-  return encoder.feed(data.data(), data.size()) + encoder.finish();
+  std::string text = encoder.feed(data.data(), data.size());
+  return text + encoder.finish();
 }
 
 std::optional<Bytes> unarmor_text(TextForm form, const Bytes &text, std::string &error) {

@@ -222,12 +222,12 @@ void add_cfg_command(CLI::App &app) {
   add(*cfg, "agent-get", "Print an agent's value, else its version's", "AGENTKEY NAME", 2, 2)
       ->callback([] {
         const StoreTrace trace;
-        const std::string &name = words[1];
-        const auto text = take_text(KORVOCfgGetAgentConfig(words[0].c_str(), name.c_str()));
+        const std::string agent_key = reg_full_key(words[0]), &name = words[1];
+        const auto text = take_text(KORVOCfgGetAgentConfig(agent_key.c_str(), name.c_str()));
         if (!text) return trace.fail_lookup("value " + name);
         // The library hands out the value's bytes as text; its type and
         // whole data come from the key that holds it.
-        const auto v = agent_value(words[0], name);
+        const auto v = agent_value(agent_key, name);
         print_value(v ? typed(name, *v) : Shown{name, std::nullopt, *text});
       });
   add(*cfg, "enum", "Print every value of a key as name=value", "KEYPATH", 1, 1)->callback([] {
