@@ -16,7 +16,8 @@ using korutl_test::run_tool;
 using Commands = korutl_test::SampleTool;
 
 const std::string probe =
-    "HKLM\\SOFTWARE\\Vantrel\\Halcyra\\Products\\Orrery\\Versions\\2.10\\Instances\\main\\Agents\\Probe";
+    "HKLM\\SOFTWARE\\Vantrel\\Halcyra\\Products\\Orrery\\Versions\\2."
+    "10\\Instances\\main\\Agents\\Probe";
 
 TEST_F(Commands, AnswersStatusesAndDocuments) {
   const std::string long_name(40, 'n');
@@ -55,8 +56,9 @@ TEST_F(Commands, AnswersStatusesAndDocuments) {
        "installed for the requested language.\n"},
   };
   for (const Case &c : cases) expect(c.line, c.status, c.out);
-  EXPECT_NE(expect("cfg enum HKLM\\SOFTWARE\\Vantrel\\Halcyra\\Global", 0).find(long_name + "=whole"),
-            std::string::npos);
+  EXPECT_NE(
+      expect("cfg enum HKLM\\SOFTWARE\\Vantrel\\Halcyra\\Global", 0).find(long_name + "=whole"),
+      std::string::npos);
   // Locale names from the environment, the first usable one deciding.
   for (const char *variable : {"LANGUAGE", "LC_ALL", "LC_MESSAGES", "LANG"}) unsetenv(variable);
   setenv("LANGUAGE", "C", 1);

@@ -18,9 +18,8 @@ using korutl_test::run_tool;
 using Tool = korutl_test::SampleTool;
 
 TEST_F(Tool, SubcommandsRegistryTypesAndFilters) {
-  for (const char *usage :
-       {"", "digits", "cfg get a b c d", "escape json x", "crypt protect",
-        "reg add HKLM\\X /v N /t REG_BOGUS /d 1", "reg tree HKLM --depth x"})
+  for (const char *usage : {"", "digits", "cfg get a b c d", "escape json x", "crypt protect",
+                            "reg add HKLM\\X /v N /t REG_BOGUS /d 1", "reg tree HKLM --depth x"})
     expect(usage, 2);
   expect("oid parent \\localhost\\Halcyra", 0, "text=\\localhost\nparts=1\npart0=localhost\n");
   expect("match -i *.LOG app.log b.Log", 0);

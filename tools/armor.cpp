@@ -76,9 +76,9 @@ std::string TextEncoder::finish() {
   if (!held_.empty()) {  // one to two Base64 bytes: a padded group
     char group[5];
     const auto len = static_cast<int32_t>(held_.size());
-    append_wrapped(group, static_cast<size_t>(KORVOBase64Crypt(KORVO_BASE64_ENCODE, held_.data(),
-                                                               group, len)),
-                   out);
+    append_wrapped(
+        group, static_cast<size_t>(KORVOBase64Crypt(KORVO_BASE64_ENCODE, held_.data(), group, len)),
+        out);
     held_.clear();
   }
   if (column_ > 0 || wrap_ == 0) out += '\n';

@@ -128,7 +128,8 @@ void enumerate_key(const std::string &key) {
   const ReadSnapshot snapshot;
   const StoreTrace trace;
   std::vector<std::string> names;
-  if (store_names(key, RSV_LIST_VALUES, names, kCfgModule) != RSV_OK) return trace.fail_lookup("key " + key);
+  if (store_names(key, RSV_LIST_VALUES, names, kCfgModule) != RSV_OK)
+    return trace.fail_lookup("key " + key);
   std::vector<Shown> values;
   for (const std::string &name : names) {
     if (auto v = reg_read_value(key, name)) {
@@ -192,10 +193,9 @@ void add_cfg_command(CLI::App &app) {
         const char *product = words[0].c_str();
         const std::string &name = words.back();
         const char *version = optional(1, 3);
-        const auto text =
-            take_text(version != nullptr
-                          ? KORVOCfgGetProductVersionConfig(product, version, name.c_str())
-                          : KORVOCfgGetProductConfig(product, name.c_str()));
+        const auto text = take_text(
+            version != nullptr ? KORVOCfgGetProductVersionConfig(product, version, name.c_str())
+                               : KORVOCfgGetProductConfig(product, name.c_str()));
         if (!text) return trace.fail_lookup("value " + name);
         print_value({name, std::nullopt, *text});
       });

@@ -59,8 +59,9 @@ bool write_armored(const CryptOptions &opt, const Bytes &out) {
 int run(const CryptOptions &opt) {
   const auto key = read_key(opt);
   if (!key) {
-    return crypt_failed(opt.key_env.empty() ? "cannot read key file " + opt.key_file
-                                    : "environment variable " + opt.key_env + " is not set");
+    return crypt_failed(opt.key_env.empty()
+                            ? "cannot read key file " + opt.key_file
+                            : "environment variable " + opt.key_env + " is not set");
   }
   const bool protect = opt.action == "protect";
   Bytes in = read_all(stdin);
@@ -82,7 +83,7 @@ int run(const CryptOptions &opt) {
             in.data(), n, out.data(), &len, key->c_str()) == 0) {
       if (in.size() >= 8192) return crypt_failed("input too long for SAFER (at most 8,191 bytes)");
       return crypt_failed(protect ? "the key text may hold only the characters from blank to '~'"
-                          : "restore failed: wrong key, wrong method or damaged input");
+                                  : "restore failed: wrong key, wrong method or damaged input");
     }
   } else {
     const int32_t method = opt.method == "xor" ? KORVO_CRYPT_SCRAMBLE : 0;  // 0: a copy

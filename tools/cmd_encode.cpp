@@ -39,7 +39,7 @@ int run_prefixed(const EncodeOptions &opt) {
   Bytes in;
   if (!read_at_most(stdin, opt.decode ? kPrefixedTextLimit : 255, in))
     return encode_failed(opt.decode ? "not a length-prefixed Base64 text (too long)"
-                             : "the prefixed form holds at most 255 bytes");
+                                    : "the prefixed form holds at most 255 bytes");
   if (opt.decode) {
     trim_trailing_space(in);
     // Checked as Base64 first: the library reads any text.

@@ -41,7 +41,8 @@ std::string locale_name(const char *value) {
 std::string requested_language(const std::string &given) {
   if (!given.empty()) return given;
   if (const char *list = std::getenv("LANGUAGE")) {
-    const std::string first = locale_name(std::string(list).substr(0, std::strcspn(list, ":")).c_str());
+    const std::string first =
+        locale_name(std::string(list).substr(0, std::strcspn(list, ":")).c_str());
     if (!first.empty()) return first;
   }
   for (const char *variable : {"LC_ALL", "LC_MESSAGES", "LANG"}) {
@@ -63,10 +64,9 @@ void run(const MsgOptions &opt) {
   JsonWriter w;
   if (opt.json) w.begin_object().key("language").string(language).key("messages").begin_array();
   for (const std::string &key : opt.keys) {
-    const char *text = opt.object_id.empty()
-                           ? KORVOLoadI18NString(language.c_str(), key.c_str())
-                           : KORVOLoadI18NStringEx(cache, opt.object_id.c_str(), language.c_str(),
-                                                   key.c_str());
+    const char *text = opt.object_id.empty() ? KORVOLoadI18NString(language.c_str(), key.c_str())
+                                             : KORVOLoadI18NStringEx(cache, opt.object_id.c_str(),
+                                                                     language.c_str(), key.c_str());
     const bool served = text != nullptr && (key == "_RC_LANG_NOT_FOUND" || none == nullptr ||
                                             std::strcmp(text, none) != 0);
     if (opt.json) {
@@ -99,7 +99,8 @@ void add_msg_command(CLI::App &app) {
                   "LANGUAGE, LC_ALL, LC_MESSAGES or LANG, else Halcyra's Global\\Language)");
   msg->add_option("--oid,-o", opt.object_id,
                   "Object identifier naming product and version (default: Halcyra's own)");
-  msg->add_flag("--trace", opt.trace, "Show why libraries and keys were not found (standard error)");
+  msg->add_flag("--trace", opt.trace,
+                "Show why libraries and keys were not found (standard error)");
   msg->add_flag("--json", opt.json, "Print one JSON document (see the manual page)");
   msg->add_option("KEY", opt.keys, "Message keys, such as HAL_SERVICE_STARTED")->required();
   msg->callback([] { run(opt); });

@@ -60,8 +60,7 @@ class ManualFormatter : public CLI::Formatter {
                                      : " [" + opt->get_name(true, false) + "]";
       out += ":\n    " + sub->get_description() + "\n";
       for (const CLI::Option *opt : sub->get_options())
-        if (!opt->get_positional() && opt != sub->get_help_ptr() &&
-            opt != sub->get_help_all_ptr())
+        if (!opt->get_positional() && opt != sub->get_help_ptr() && opt != sub->get_help_all_ptr())
           out += make_option(opt, false);
     }
   }

@@ -31,7 +31,8 @@ void protect_restore(Context &c) {
                        "Base64 armour of the sealed bytes"))
     return;
   std::string error;
-  const auto unarmoured = unarmor_text(TextForm::base64, Bytes(armour.begin(), armour.end()), error);
+  const auto unarmoured =
+      unarmor_text(TextForm::base64, Bytes(armour.begin(), armour.end()), error);
   c.report.call("KORVOBase64Crypt(0, ...)",
                 unarmoured ? std::to_string(unarmoured->size()) + " bytes" : "null");
   if (!c.report.expect(unarmoured && *unarmoured == sealed, "Base64 gives the sealed bytes back"))
