@@ -5,7 +5,8 @@
 # -dbgsym ones included, with no error and no warning; versioned SONAMEs;
 # no path of the build machine in any binary. Then installs them with
 # apt-get and uses the installed files the way a user would: `korutl demo`,
-# the man page, client programs built with pkg-config and find_package, the
+# `korutl msg` with a locale name, bash completion, the man page, client
+# programs built with pkg-config and find_package, the
 # README's example program as shown, and dpkg-shlibdeps on those programs
 # (each must depend on libkorutl2). Removes the packages again and checks
 # that nothing is left.
@@ -73,6 +74,15 @@ if grep -rlF "$top" unpacked; then fail "build paths in the packaged files (abov
 # Everything from here runs on the installed files only.
 [ "$(command -v korutl)" = /usr/bin/korutl ]
 env -u KORVO_REGISTRY -u KORVO_LANGUAGE_PATH korutl demo --quiet
+# msg finds the installed sample libraries by itself, for a locale name.
+KORVO_REGISTRY=$work/registry.db korutl reg import /usr/share/korutl/halcyra-sample.reg >/dev/null
+[ "$(env -u KORVO_LANGUAGE_PATH -u LANGUAGE -u LC_ALL -u LC_MESSAGES LANG=de_DE.UTF-8 \
+      KORVO_REGISTRY="$work/registry.db" korutl msg HAL_LANGUAGE)" = Deutsch ] ||
+  fail "korutl msg does not find the installed language libraries"
+# Bash completion, installed where bash-completion loads it from.
+[ "$(bash -c 'source /usr/share/bash-completion/completions/korutl
+  COMP_WORDS=(korutl cfg ver); COMP_CWORD=2; _korutl; echo "${COMPREPLY[*]}"')" = versions ] ||
+  fail "bash completion does not complete korutl cfg ver"
 
 "$top/scripts/client-programs.sh"
 

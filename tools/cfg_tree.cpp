@@ -3,6 +3,7 @@
 #include <strings.h>
 
 #include "korutl.h"
+#include "siblings/rsv/rsv.h"
 #include "tools/reg_tree.h"
 #include "tools/reg_values.h"
 
@@ -22,7 +23,9 @@ void print_product(std::FILE *out, const std::string &product, const std::string
     for (const std::string &instance : take_name_list(instances, count)) {
       std::fprintf(out, "%s    instance %s\n", indent.c_str(), instance.c_str());
       const std::string agents_key = instances_key + "\\" + instance + "\\Agents";
-      for (const std::string &agent : reg_subkey_names(agents_key)) {
+      std::vector<std::string> agents;
+      list_names(agents_key, korutl::NameKind::subkey, agents, kRegModule);
+      for (const std::string &agent : agents) {
         std::fprintf(out, "%s      agent %s\n", indent.c_str(), agent.c_str());
         print_reg_values(out, agents_key + "\\" + agent, indent + "        ");
       }
@@ -40,7 +43,11 @@ std::vector<std::string> take_name_list(char **list, uint16_t count) {
   return names;
 }
 
-std::vector<std::string> cfg_products() { return reg_subkey_names(kProducts); }
+std::vector<std::string> cfg_products() {
+  std::vector<std::string> products;
+  list_names(kProducts, korutl::NameKind::subkey, products, kRegModule);
+  return products;
+}
 
 bool print_cfg_tree(std::FILE *out, const std::string &product, const std::string &indent) {
   bool found = false;

@@ -6,6 +6,7 @@
 
 #include "tools/cfg_tree.h"
 #include "tools/commands.h"
+#include "tools/output.h"
 #include "tools/reg_values.h"
 
 namespace korutl_tool {
@@ -20,8 +21,7 @@ void add_cfg_tree_command(CLI::App &app) {
   tree->add_option("PRODUCT", product, "Only this product");
   tree->callback([] {
     const ReadSnapshot snapshot;
-    exit_code = print_cfg_tree(stdout, product) ? 0 : 1;
-    if (exit_code != 0) std::fprintf(stderr, "korutl cfg tree: no product %s\n", product.c_str());
+    if (!print_cfg_tree(stdout, product)) fail("product " + product + " not found");
   });
 }
 

@@ -10,6 +10,7 @@
 
 #include "korutl.h"
 #include "tools/commands.h"
+#include "tools/output.h"
 
 namespace korutl_tool {
 
@@ -66,24 +67,26 @@ int pump(Converter<From, To> convert) {
     do {
       To *t = target.data();
       result = convert(&s, source.data() + usable, &t, target.data() + target.size());
-      if (!write_units(target.data(), static_cast<size_t>(t - target.data()))) return 1;
+      if (!write_units(target.data(), static_cast<size_t>(t - target.data()))) {
+        fail("cannot write standard output");
+        return exit_failed;
+      }
     } while (result == CONV_TARGET_EXHAUSTED);
     pending.erase(pending.begin(),
                   pending.begin() + (s - source.data()) * static_cast<long>(sizeof(From)));
   }
   std::fflush(stdout);
   if (!pending.empty()) {
-    std::fprintf(stderr, "korutl: input ends inside a character (%zu bytes left)\n",
-                 pending.size());
-    return 1;
+    fail("input ends inside a character (" + std::to_string(pending.size()) + " bytes left)");
+    return exit_failed;
   }
   return 0;
 }
 
 int run_convert(const std::string &from, const std::string &to) {
   if (from == to) {
-    std::fprintf(stderr, "korutl: --from and --to are the same form\n");
-    return 2;
+    fail("--from and --to are the same form", exit_usage);
+    return exit_usage;
   }
   if (from == "utf8" && to == "utf16le") return pump(KORVOConvertUTF8toUTF16);
   if (from == "utf8" && to == "ucs4") return pump(KORVOConvertUTF8toUCS4);

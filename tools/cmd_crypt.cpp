@@ -11,6 +11,7 @@
 #include "korutl.h"
 #include "tools/armor.h"
 #include "tools/commands.h"
+#include "tools/output.h"
 #include "tools/stream_io.h"
 
 namespace korutl_tool {
@@ -25,9 +26,9 @@ struct CryptOptions {
   std::string armor;
 };
 
-int fail(const std::string &message) {
-  std::fprintf(stderr, "korutl crypt: %s\n", message.c_str());
-  return 1;
+int crypt_failed(const std::string &message) {
+  fail("crypt: " + message);
+  return exit_failed;
 }
 
 // A key file holds the key text; one trailing line break is not part of it.
@@ -45,34 +46,32 @@ std::optional<std::string> read_key(const CryptOptions &opt) {
   return key;
 }
 
-std::optional<Bytes> unarmor(const CryptOptions &opt, Bytes in) {
-  if (opt.armor.empty()) return in;
-  trim_trailing_space(in);
-  return opt.armor == "base64" ? base64_decode(in) : hex_decode(in);
+TextForm form_of(const CryptOptions &opt) {
+  return opt.armor == "base64" ? TextForm::base64 : TextForm::hex;
 }
 
 bool write_armored(const CryptOptions &opt, const Bytes &out) {
   if (opt.armor.empty()) return write_all(out.data(), out.size());
-  auto text = opt.armor == "base64" ? base64_encode(out) : hex_encode(out);
-  if (!text) return false;
-  *text += '\n';
-  return write_all(text->data(), text->size());
+  const std::string text = armor_text(form_of(opt), out);
+  return write_all(text.data(), text.size());
 }
 
 int run(const CryptOptions &opt) {
   const auto key = read_key(opt);
   if (!key) {
-    return fail(opt.key_env.empty() ? "cannot read key file " + opt.key_file
-                                    : "environment variable " + opt.key_env + " is not set");
+    return crypt_failed(opt.key_env.empty()
+                            ? "cannot read key file " + opt.key_file
+                            : "environment variable " + opt.key_env + " is not set");
   }
   const bool protect = opt.action == "protect";
   Bytes in = read_all(stdin);
-  if (!protect) {
-    auto raw = unarmor(opt, std::move(in));
-    if (!raw) return fail("input too long");
+  if (!protect && !opt.armor.empty()) {
+    std::string error;
+    auto raw = unarmor_text(form_of(opt), in, error);
+    if (!raw) return crypt_failed(error);
     in = std::move(*raw);
   }
-  if (in.size() > UINT32_MAX / 2) return fail("input too long");
+  if (in.size() > UINT32_MAX / 2) return crypt_failed("input too long");
   const auto n = static_cast<uint32_t>(in.size());
   Bytes out(in.size() + 16);
   uint32_t len = 0;
@@ -82,19 +81,19 @@ int run(const CryptOptions &opt) {
     if (KORVOSaferCrypt(
             KORVO_CRYPT_SAFER_MODE | (protect ? KORVO_SAFER_ENCRYPT : KORVO_SAFER_DECRYPT),
             in.data(), n, out.data(), &len, key->c_str()) == 0) {
-      if (in.size() >= 8192) return fail("input too long for SAFER (at most 8,191 bytes)");
-      return fail(protect ? "the key text may hold only the characters from blank to '~'"
-                          : "restore failed: wrong key, wrong method or damaged input");
+      if (in.size() >= 8192) return crypt_failed("input too long for SAFER (at most 8,191 bytes)");
+      return crypt_failed(protect ? "the key text may hold only the characters from blank to '~'"
+                                  : "restore failed: wrong key, wrong method or damaged input");
     }
   } else {
     const int32_t method = opt.method == "xor" ? KORVO_CRYPT_SCRAMBLE : 0;  // 0: a copy
     (protect ? KORVOCSCryptBuffer : KORVOCSDecryptBuffer)(method, in.data(), n, out.data(), &len,
                                                           key->c_str());
-    if (len != n) return fail("input too long for the XOR scrambler (at most 2,048 bytes)");
+    if (len != n) return crypt_failed("input too long for the XOR scrambler (at most 2,048 bytes)");
   }
   out.resize(len);
   if (protect ? !write_armored(opt, out) : !write_all(out.data(), out.size()))
-    return fail("cannot write output");
+    return crypt_failed("cannot write output");
   return 0;
 }
 

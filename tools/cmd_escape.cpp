@@ -5,6 +5,7 @@
 
 #include "korutl.h"
 #include "tools/commands.h"
+#include "tools/output.h"
 
 namespace korutl_tool {
 
@@ -29,7 +30,7 @@ void add_escape_commands(CLI::App &app) {
     char *out = form == "xml" ? KORVOStrGetEscapedXMLString(text.c_str())
                               : KORVOStrGetEscapedHTMLString(text.c_str());
     if (out == nullptr) {
-      exit_code = 1;
+      fail("out of memory");
       return;
     }
     std::printf("%s\n", out);

@@ -4,6 +4,7 @@
 
 #include "korutl.h"
 #include "tools/commands.h"
+#include "tools/store_trace.h"
 
 namespace korutl_tool {
 
@@ -20,16 +21,21 @@ void add_msgfile_command(CLI::App &app) {
   reg->add_option("NAME", name, "The registrant's name for the file")->required();
   reg->add_option("FILE", file, "Message file")->required();
   reg->callback([] {
-    exit_code =
-        KORVOCfgRegisterMessageFile(product.c_str(), version.c_str(), name.c_str(), file.c_str());
+    const StoreTrace trace;
+    trace.check_change(
+        KORVOCfgRegisterMessageFile(product.c_str(), version.c_str(), name.c_str(), file.c_str()),
+        "register " + file);
   });
 
   auto *unreg =
       msgfile->add_subcommand("unregister", "Remove every message file of PRODUCT VERSION");
   unreg->add_option("PRODUCT", product, "Product")->required();
   unreg->add_option("VERSION", version, "Version")->required();
-  unreg->callback(
-      [] { exit_code = KORVOCfgDeRegisterMessageFile(product.c_str(), version.c_str()); });
+  unreg->callback([] {
+    const StoreTrace trace;
+    trace.check_change(KORVOCfgDeRegisterMessageFile(product.c_str(), version.c_str()),
+                       "unregister the message files of " + product + " " + version);
+  });
 }
 
 }  // namespace

@@ -5,12 +5,17 @@
 
 #include "korutl.h"
 #include "tools/commands.h"
+#include "tools/output.h"
+#include "tools/store_trace.h"
 
 namespace korutl_tool {
 
 namespace {
 
-void answer(bool yes, const char *yes_text, const char *no_text) {
+// The library answers no also when the store cannot be read: that is
+// reported as the failure it is, not as an answer.
+void answer(bool yes, const char *yes_text, const char *no_text, const StoreTrace &trace) {
+  if (const std::string why = trace.store_failure(); !yes && !why.empty()) return fail(why);
   std::printf("%s\n", yes ? yes_text : no_text);
   exit_code = yes ? 0 : 1;
 }
@@ -26,15 +31,19 @@ void add_user_command(CLI::App &app) {
   check->add_option("USER", name, "User name; domain\\user is looked up as domain/user")
       ->required();
   check->callback([] {
+    const StoreTrace trace;
     KORVOObjectId *id = KORVOStrCreateObjectId(object_id.c_str(), nullptr);
-    answer(KORVOCfgCheckAuthorization(name.c_str(), id) == 1, "authorised", "not authorised");
+    answer(KORVOCfgCheckAuthorization(name.c_str(), id) == 1, "authorised", "not authorised",
+           trace);
     KORVOStrDestroyObjectId(id);
   });
 
   auto *restricted = user->add_subcommand("restricted", "Does PRODUCT admit listed users only?");
   restricted->add_option("PRODUCT", product, "Product")->required();
-  restricted->callback(
-      [] { answer(KORVOCfgAuthorizationToBeChecked(product.c_str()) == 1, "restricted", "open"); });
+  restricted->callback([] {
+    const StoreTrace trace;
+    answer(KORVOCfgAuthorizationToBeChecked(product.c_str()) == 1, "restricted", "open", trace);
+  });
 }
 
 }  // namespace

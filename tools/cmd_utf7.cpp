@@ -7,6 +7,7 @@
 
 #include "korutl.h"
 #include "tools/commands.h"
+#include "tools/output.h"
 #include "tools/stream_io.h"
 #include "tools/unicode_text.h"
 
@@ -20,29 +21,29 @@ struct Utf7Options {
   bool close = false;
 };
 
-int fail(const char *message) {
-  std::fprintf(stderr, "korutl utf7: %s\n", message);
-  return 1;
+int utf7_failed(const char *message) {
+  fail(std::string("utf7: ") + message);
+  return exit_failed;
 }
 
 int encode(const Utf7Options &opt, const std::vector<uint8_t> &in) {
   const auto units = utf8_to_utf16(std::string(in.begin(), in.end()));
-  if (!units) return fail("input ends inside a UTF-8 sequence");
+  if (!units) return utf7_failed("input ends inside a UTF-8 sequence");
   const auto text = ucs2_to_utf7(*units, opt.optional_direct, opt.close);
-  if (!text) return fail("conversion failed");
+  if (!text) return utf7_failed("conversion failed");
   return write_all(text->data(), text->size()) && write_all("\n", 1) ? 0 : 1;
 }
 
 int decode(std::vector<uint8_t> in) {
   trim_trailing_space(in);
   const Utf7Decoded decoded = utf7_to_ucs2(std::string(in.begin(), in.end()));
-  if (decoded.result == CONV_TARGET_EXHAUSTED) return fail("conversion failed");
+  if (decoded.result == CONV_TARGET_EXHAUSTED) return utf7_failed("conversion failed");
   const auto text = utf16_to_utf8(decoded.units);
-  if (!text) return fail("conversion to UTF-8 failed");
+  if (!text) return utf7_failed("conversion to UTF-8 failed");
   if (!write_all(text->data(), text->size()) || !write_all("\n", 1)) return 1;
   std::fflush(stdout);  // the text first, then the complaint about it
   return decoded.result == CONV_SOURCE_ILLEGAL
-             ? fail("malformed UTF-7 (decoded as far as possible)")
+             ? utf7_failed("malformed UTF-7 (decoded as far as possible)")
              : 0;
 }
 

@@ -10,6 +10,7 @@
 #include "tools/output.h"
 #include "tools/reg_platform.h"
 #include "tools/reg_values.h"
+#include "tools/store_trace.h"
 
 namespace korutl_tool {
 
@@ -18,18 +19,11 @@ namespace {
 std::mutex reason_mutex;
 std::string last_reason;
 
-// The service traces "module:line: operation: reason\n"; the reason is
-// what the person needs.
+// The reason is what the person needs.
 void keep_reason(const char *line) {
-  std::string_view text(line);
-  for (int colons = 0; colons < 2; ++colons) {
-    const size_t at = text.find(": ");
-    if (at == std::string_view::npos) break;
-    text.remove_prefix(at + 2);
-  }
-  while (!text.empty() && text.back() == '\n') text.remove_suffix(1);
+  std::string reason = trace_reason(line);
   const std::lock_guard lock(reason_mutex);
-  last_reason.assign(text);
+  last_reason = std::move(reason);
 }
 
 std::string reason_of(uint16_t status) {

@@ -6,7 +6,10 @@
 #define KORUTL_TESTS_SUPPORT_RUN_TOOL_H
 
 #include <cstdio>
+#include <cstdlib>
 #include <fstream>
+#include <iterator>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -117,6 +120,34 @@ class ToolStore : public TempStore {
   std::string input(const std::string &name, const std::string &content) const {
     std::ofstream(scratch(name), std::ios::binary) << content;
     return scratch(name);
+  }
+};
+
+// ToolStore holding the sample tree, with the sample language libraries on
+// the search path.
+class SampleTool : public ToolStore {
+ protected:
+  void SetUp() override {
+    ToolStore::SetUp();
+    if (IsSkipped()) return;
+    setenv("KORVO_LANGUAGE_PATH", KORUTL_LANGUAGE_DIR, 1);
+    ASSERT_EQ(run_tool({"reg", "import", KORUTL_SOURCE_DIR "/examples/halcyra-sample.reg"}).status,
+              0);
+  }
+  void TearDown() override {
+    unsetenv("KORVO_LANGUAGE_PATH");
+    ToolStore::TearDown();
+  }
+  // Runs the blank-separated words of `line`, with `in` as standard input;
+  // checks the status, and the output when `out` is given.
+  std::string expect(const std::string &line, int status, const char *out = nullptr,
+                     const std::string &in = "") {
+    std::istringstream split(line);
+    const std::vector<std::string> args{std::istream_iterator<std::string>(split), {}};
+    const auto r = run_tool(args, in.empty() ? "" : input("in", in));
+    EXPECT_EQ(r.status, status) << line << "\n" << r.out;
+    EXPECT_EQ(r.out, out != nullptr ? out : r.out) << line;
+    return r.out;
   }
 };
 

@@ -14,6 +14,8 @@
 #include <vector>
 
 #include "tools/commands.h"
+#include "tools/install_data.h"
+#include "tools/output.h"
 #include "tools/unix/demo.h"
 
 namespace korutl_tool {
@@ -25,30 +27,6 @@ struct DemoOptions {
   std::string store;
   std::string sample;
 };
-
-bool exists(const std::string &path) {
-  struct stat st;
-  return !path.empty() && stat(path.c_str(), &st) == 0;
-}
-
-// The folder of the running command, for the installed data beside it.
-std::string program_dir() {
-  char path[PATH_MAX];
-  const ssize_t n = readlink("/proc/self/exe", path, sizeof path - 1);
-  if (n <= 0) return "";
-  std::string dir(path, static_cast<size_t>(n));
-  return dir.substr(0, dir.rfind('/'));
-}
-
-// Data below the prefix (`path` is relative to it, found from <prefix>/bin).
-// The build tree has the same layout below the build folder, so the command
-// finds the sample data there without a path of the build machine.
-std::string find_data(const std::string &path) {
-  char resolved[PATH_MAX];
-  const std::string found = program_dir() + "/../" + path;
-  if (!exists(found)) return "";
-  return realpath(found.c_str(), resolved) != nullptr ? resolved : found;
-}
 
 // A fresh folder holding the temporary store, removed again afterwards.
 class TemporaryStore {
@@ -85,16 +63,16 @@ int run_demo(const DemoOptions &opt) {
   const bool is_temporary = store.empty();
   if (is_temporary) store = temporary.path();
   if (store.empty()) {
-    std::fprintf(stderr, "korutl demo: cannot create a temporary folder for the store\n");
-    return 1;
+    fail("demo: cannot create a temporary folder for the store");
+    return exit_failed;
   }
   setenv("KORVO_REGISTRY", store.c_str(), 1);
 
   demo::Report report(opt.quiet);
   demo::Context context{report, opt.sample, ""};
   if (context.sample.empty())
-    context.sample = find_data(KORUTL_INSTALL_DATADIR "/halcyra-sample.reg");
-  context.language_dir = find_data(KORUTL_INSTALL_LANGDIR);
+    context.sample = installed_data(KORUTL_INSTALL_DATADIR "/halcyra-sample.reg");
+  context.language_dir = installed_data(KORUTL_INSTALL_LANGDIR);
   if (!opt.quiet) {
     std::printf("korutl demo: store %s%s\n", store.c_str(),
                 is_temporary ? " (temporary, removed afterwards)" : "");

@@ -24,12 +24,15 @@ void protect_restore(Context &c) {
                                                        std::to_string(expected_len) + " bytes"))
     return;
   sealed.resize(sealed_len);
-  const auto armour = base64_encode(sealed);
-  c.report.call("KORVOBase64Crypt(1, ...)", armour ? quoted(armour->c_str()) : "null");
-  if (!c.report.expect(armour && armour->size() == (sealed.size() + 2) / 3 * 4,
+  std::string armour = armor_text(TextForm::base64, sealed);
+  armour.pop_back();  // the line break
+  c.report.call("KORVOBase64Crypt(1, ...)", quoted(armour.c_str()));
+  if (!c.report.expect(armour.size() == (sealed.size() + 2) / 3 * 4,
                        "Base64 armour of the sealed bytes"))
     return;
-  const auto unarmoured = base64_decode(Bytes(armour->begin(), armour->end()));
+  std::string error;
+  const auto unarmoured =
+      unarmor_text(TextForm::base64, Bytes(armour.begin(), armour.end()), error);
   c.report.call("KORVOBase64Crypt(0, ...)",
                 unarmoured ? std::to_string(unarmoured->size()) + " bytes" : "null");
   if (!c.report.expect(unarmoured && *unarmoured == sealed, "Base64 gives the sealed bytes back"))
