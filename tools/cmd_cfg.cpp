@@ -49,10 +49,11 @@ struct Shown {
   std::string name;
   std::optional<std::string> type;
   std::string data;
+  std::optional<RegValue> raw;  // with the type: JSON data as `reg query` writes it
 };
 
 Shown typed(const std::string &name, const RegValue &v) {
-  return {name, reg_type_name(v.type), reg_show_value(v.type, v.bytes)};
+  return {name, reg_type_name(v.type), reg_show_value(v.type, v.bytes), v};
 }
 
 void print_names(const char *label, const std::vector<std::string> &names) {
@@ -69,7 +70,12 @@ void print_names(const char *label, const std::vector<std::string> &names) {
 void write_value(JsonWriter &w, const Shown &v) {
   w.begin_object().key("name").string(v.name);
   if (v.type) w.key("type").string(*v.type);
-  w.key("data").string(v.data).end_object();
+  w.key("data");
+  if (v.raw)
+    reg_json_data(w, v.raw->type, v.raw->bytes);
+  else
+    w.string(v.data);
+  w.end_object();
 }
 
 void print_values(const std::vector<Shown> &values) {
@@ -152,7 +158,7 @@ void enumerate_key(const std::string &key) {
 // Collects the name=value pairs of a library enumeration.
 std::vector<Shown> collected;
 int32_t collect(const char *name, const char *data) {
-  collected.push_back({name, std::nullopt, data});
+  collected.push_back({name, std::nullopt, data, std::nullopt});
   return 0;
 }
 
@@ -204,7 +210,7 @@ void add_cfg_command(CLI::App &app) {
             version != nullptr ? KORVOCfgGetProductVersionConfig(product, version, name.c_str())
                                : KORVOCfgGetProductConfig(product, name.c_str()));
         if (!text) return trace.fail_lookup("value " + name);
-        print_value({name, std::nullopt, *text});
+        print_value({name, std::nullopt, *text, std::nullopt});
       });
   add(*cfg, "latest", "Print the key of the greatest version (or its SUBKEY) holding value NAME",
       "PRODUCT [SUBKEY] NAME", 2, 3)
@@ -235,7 +241,7 @@ void add_cfg_command(CLI::App &app) {
         // The library hands out the value's bytes as text; its type and
         // whole data come from the key that holds it.
         const auto v = agent_value(agent_key, name);
-        print_value(v ? typed(name, *v) : Shown{name, std::nullopt, *text});
+        print_value(v ? typed(name, *v) : Shown{name, std::nullopt, *text, std::nullopt});
       });
   add(*cfg, "enum", "Print every value of a key as name=value", "KEYPATH", 1, 1)->callback([] {
     enumerate_key(reg_full_key(words[0]));
