@@ -37,6 +37,7 @@ struct Connection {
   std::string server;  // the server as messages name it: never the password
   PGconn *conn = nullptr;
   std::unordered_map<const char *, std::string> statements;  // sql -> prepared name
+  unsigned prepared = 0;  // statements prepared on this connection, for their names
   bool schema_ready = false;
   std::string role_host;  // the one host the role may use, "" for any
   unsigned snapshot_depth = 0;
@@ -55,6 +56,7 @@ struct Connection {
     if (conn != nullptr) PQfinish(conn);
     conn = nullptr;
     statements.clear();
+    prepared = 0;
     schema_ready = false;
     role_host.clear();
     in_snapshot = false;
@@ -299,13 +301,17 @@ Param::Param(int64_t v) : size_(8), is_int_(true) {
 }
 
 Result run(PGconn *conn, const char *sql, std::initializer_list<Param> params) {
-  auto &cache = this_thread.statements;
-  auto found = cache.find(sql);
-  if (found == cache.end()) {
-    const std::string name = "korvo" + std::to_string(cache.size());
-    Result prepared(PQprepare(conn, name.c_str(), sql, 0, nullptr));
-    if (prepared == nullptr || PQresultStatus(prepared.get()) != PGRES_COMMAND_OK) return prepared;
-    found = cache.emplace(sql, name).first;
+  Connection &c = this_thread;
+  // The cache's slot and the name are made before the statement, so that
+  // running out of memory never leaves a prepared name the cache forgot.
+  auto [found, made] = c.statements.try_emplace(sql);
+  if (made || found->second.empty()) {
+    found->second = "korvo" + std::to_string(c.prepared++);
+    Result prepared(PQprepare(conn, found->second.c_str(), sql, 0, nullptr));
+    if (prepared == nullptr || PQresultStatus(prepared.get()) != PGRES_COMMAND_OK) {
+      c.statements.erase(found);
+      return prepared;
+    }
   }
   constexpr size_t max_params = 8;
   std::array<const char *, max_params> values{};

@@ -101,12 +101,16 @@ Status in_transaction(PGconn *conn, Body body) {
   return with_retries([&] {
     Status st = exec(conn, "BEGIN");
     if (st != Status::ok) return st;
-    if ((st = body(conn)) != Status::ok) {
-      const bool conflict = conflicted();
-      exec(conn, "ROLLBACK");
-      set_conflicted(conflict);
-      return st;
-    }
+    // Rolled back unless committed, also when the body runs out of memory.
+    struct Open {
+      PGconn *conn;
+      bool open = true;
+      ~Open() {
+        if (open) PQclear(PQexec(conn, "ROLLBACK"));
+      }
+    } transaction{conn};
+    if ((st = body(conn)) != Status::ok) return st;
+    transaction.open = false;
     return exec(conn, "COMMIT");
   });
 }
