@@ -106,6 +106,8 @@ bool describe_server(const std::string &uri, std::string &server, std::string &w
   return true;
 }
 
+void ignore_notice(void *, const char *) {}
+
 // libpq's messages end with a newline; trace lines add their own.
 std::string trimmed(const char *message) {
   std::string m = message != nullptr ? message : "";
@@ -167,6 +169,9 @@ Status open_server(Connection &c, const std::string &uri) {
   c.source = uri;
   c.generation = fork_generation.load();
   if (c.conn == nullptr) return fail_with(Status::store_error, "out of memory");
+  // The server's notices (a session ended by a shutdown, say) are not the
+  // caller's output: failures reach it as statuses and trace lines.
+  PQsetNoticeProcessor(c.conn, ignore_notice, nullptr);
   if (PQstatus(c.conn) != CONNECTION_OK) {
     const std::string reason = trimmed(PQerrorMessage(c.conn));
     c.close();
@@ -199,16 +204,25 @@ Status create_schema(Connection &c) {
 }
 
 // Whether an idle connection is gone: a server that shut down or
-// restarted has closed the socket (and said why), which shows as input
-// waiting while nothing was asked. Nothing was sent yet, so connecting
-// afresh loses nothing.
+// restarted has said so and closed the socket, which shows as input
+// waiting while nothing was asked (this store never listens for
+// notifications). Nothing was sent yet, so connecting afresh loses
+// nothing.
 bool gone(PGconn *conn) {
   if (PQstatus(conn) != CONNECTION_OK) return true;
   pollfd p{PQsocket(conn), POLLIN, 0};
-  if (poll(&p, 1, 0) <= 0) return false;
-  if (PQconsumeInput(conn) == 0) return true;
-  while (PGnotify *n = PQnotifies(conn)) PQfreemem(n);
-  return PQstatus(conn) != CONNECTION_OK;
+  return poll(&p, 1, 0) != 0;
+}
+
+// libpq hands out the statement's own result when the connection dies
+// after it: the server sent the rows, then went away before its commit
+// and its "ready" message. Such an answer is a failure, never an
+// acknowledgement.
+Result answered(PGconn *conn, Result r) {
+  if (r != nullptr && PQresultStatus(r.get()) != PGRES_FATAL_ERROR &&
+      PQstatus(conn) != CONNECTION_OK)
+    r.reset(PQmakeEmptyPGresult(conn, PGRES_FATAL_ERROR));
+  return r;
 }
 
 }  // namespace
@@ -324,12 +338,12 @@ Result run(PGconn *conn, const char *sql, std::initializer_list<Param> params) {
     formats[n] = 1;
     ++n;
   }
-  return Result(PQexecPrepared(conn, found->second.c_str(), static_cast<int>(n), values.data(),
-                               lengths.data(), formats.data(), 1));
+  return answered(conn, Result(PQexecPrepared(conn, found->second.c_str(), static_cast<int>(n),
+                                              values.data(), lengths.data(), formats.data(), 1)));
 }
 
 Status exec(PGconn *conn, const char *sql) {
-  Result r(PQexec(conn, sql));
+  Result r = answered(conn, Result(PQexec(conn, sql)));
   return r != nullptr && PQresultStatus(r.get()) == PGRES_COMMAND_OK ? Status::ok
                                                                      : failure(conn, r.get());
 }
