@@ -16,8 +16,21 @@ namespace korutl_bench {
 
 // The store file, named by KORVO_REGISTRY from the first call on and
 // removed at exit. Each bench file fills its own keys.
+// A driver started with KORVO_REGISTRY naming a PostgreSQL server keeps
+// it, on a host of its own (bench-PID); bench_server() then gives the
+// URI, and the SQLite floors skip.
+inline const char *bench_server() {
+  const char *r = std::getenv("KORVO_REGISTRY");
+  const std::string s = r != nullptr ? r : "";
+  return s.rfind("postgresql://", 0) == 0 || s.rfind("postgres://", 0) == 0 ? r : nullptr;
+}
+
 inline const std::string &bench_store() {
   static const std::string file = [] {
+    if (const char *uri = bench_server()) {
+      setenv("KORVO_HOST", ("bench-" + std::to_string(getpid())).c_str(), 1);
+      return std::string(uri);
+    }
     const std::string f = "/tmp/korutl-bench-" + std::to_string(getpid()) + ".db";
     setenv("KORVO_REGISTRY", f.c_str(), 1);
     std::atexit([] {
@@ -34,6 +47,7 @@ inline const std::string &bench_store() {
 // every row; `rows` rows are expected each time.
 inline void sqlite_prepared_read(benchmark::State &state, const char *sql, const char *a,
                                  const char *b, int rows) {
+  if (bench_server() != nullptr) return state.SkipWithError("the store is a server");
   sqlite3 *db = nullptr;
   sqlite3_open_v2(bench_store().c_str(), &db, SQLITE_OPEN_READONLY, nullptr);
   sqlite3_stmt *s = nullptr;

@@ -6,6 +6,7 @@ packages=(
   cmake ninja-build g++ clang libclang-rt-14-dev pkg-config
   libgtest-dev libgmock-dev libbenchmark-dev libcli11-dev
   libsqlite3-dev
+  libpq-dev postgresql
   libicu-dev
   libcrypto++-dev libssl-dev
   electric-fence

@@ -7,9 +7,10 @@
 
 #include "platform/store_read_hook.h"
 #include "platform/store_rules.h"
+#include "platform/unix/store_backend.h"
 #include "platform/unix/store_connection.h"
 
-namespace korutl::store {
+namespace korutl::store::sqlite {
 
 namespace {
 
@@ -261,4 +262,4 @@ Status write_batch(const std::vector<KeyRecord> &records) {
   });
 }
 
-}  // namespace korutl::store
+}  // namespace korutl::store::sqlite

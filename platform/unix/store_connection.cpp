@@ -15,6 +15,7 @@
 #include <unordered_map>
 #include <utility>
 
+#include "platform/unix/store_backend.h"
 #include "platform/unix/store_file.h"
 
 namespace korutl::store {
@@ -177,7 +178,7 @@ sqlite3 *open_file(Connection &c, const std::string &file, Access access, Status
 
 }  // namespace
 
-const std::string &last_error() { return error_text; }
+const std::string &sqlite::last_error() { return error_text; }
 
 void set_error(std::string reason) { error_text = std::move(reason); }
 
@@ -230,12 +231,12 @@ sqlite3 *connection(Access access, Status &status) {
   return c.db;
 }
 
-Status begin_snapshot() {
+Status sqlite::begin_snapshot() {
   ++this_thread.snapshot_depth;
   return Status::ok;
 }
 
-Status end_snapshot() {
+Status sqlite::end_snapshot() {
   Connection &c = this_thread;
   if (c.snapshot_depth == 0) return Status::bad_name;
   if (--c.snapshot_depth == 0 && c.in_snapshot) {

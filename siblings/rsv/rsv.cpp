@@ -11,6 +11,7 @@
 #include <string>
 
 #include "platform/store.h"
+#include "platform/store_hosts.h"
 #include "siblings/rsv/regfile.h"
 #include "siblings/trace_line.h"
 #include "utl/no_throw.h"
@@ -305,6 +306,46 @@ RSV_API uint16_t rsv_import_file(const char *file, uint32_t *bad_line, const cha
                   std::string(file) + ":" + std::to_string(wrong) + ": malformed line");
     }
     return traced_status(store::write_batch(records), "import_file", file, module, line);
+  });
+}
+
+RSV_API uint16_t rsv_set_host(const char *host, const char *module, int32_t line) {
+  return run_guarded("set_host", module, line, [&]() -> uint16_t {
+    const store::Status st = store::use_host(host != nullptr ? host : "");
+    if (st == store::Status::bad_name)
+      return fail(RSV_E_BAD_ARGUMENT, "set_host", module, line,
+                  std::string("not a host name: ") + host);
+    return traced_status(st, "set_host", "", module, line);
+  });
+}
+
+RSV_API uint16_t rsv_list_hosts(rsv_name_func func, void *context, const char *module,
+                                int32_t line) {
+  return run_guarded("list_hosts", module, line, [&]() -> uint16_t {
+    if (func == nullptr) return bad_argument("list_hosts", module, line);
+    std::vector<std::string> hosts;
+    const store::Status st = store::list_hosts(hosts);
+    if (st != store::Status::ok) return traced_status(st, "list_hosts", "", module, line);
+    for (const std::string &host : hosts)
+      if (func(host.c_str(), context) != 0) break;
+    return RSV_OK;
+  });
+}
+
+RSV_API uint16_t rsv_get_value_all_hosts(const char *key, const char *name,
+                                         rsv_host_value_func func, void *context,
+                                         const char *module, int32_t line) {
+  return run_guarded("get_value_all_hosts", module, line, [&]() -> uint16_t {
+    if (key == nullptr || name == nullptr || func == nullptr)
+      return bad_argument("get_value_all_hosts", module, line);
+    std::vector<store::HostValue> found;
+    const store::Status st = store::get_value_all_hosts(key, name, found);
+    if (st != store::Status::ok) return traced_status(st, "get_value_all_hosts", key, module, line);
+    for (const store::HostValue &h : found)
+      if (func(h.host.c_str(), h.value.type, h.value.data.data(),
+               static_cast<uint32_t>(h.value.data.size()), context) != 0)
+        break;
+    return RSV_OK;
   });
 }
 

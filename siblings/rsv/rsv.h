@@ -178,6 +178,53 @@ RSV_API uint16_t rsv_end_snapshot(const char *module, int32_t line);
 typedef void (*rsv_read_hook)(const char *key);
 RSV_API uint16_t rsv_set_read_hook(rsv_read_hook func, const char *module, int32_t line);
 
+/* One store for many hosts (interface 1.15). KORVO_REGISTRY may name a
+ * PostgreSQL server by a connection URI, "postgresql://..." or
+ * "postgres://..." (anything libpq accepts: a Unix socket folder or TCP,
+ * sslmode, a password from ~/.pgpass or PGPASSWORD); anything else names a
+ * store file. The process's first call chooses between file and server for
+ * the life of the process; a later KORVO_REGISTRY of the other kind fails
+ * every call with RSV_E_STORE. A server holds one tree per host: a thread
+ * works on the tree of the host named with rsv_set_host, else KORVO_HOST
+ * (read on every call), else the machine's host name. Host names are 1 to
+ * 253 ASCII letters, digits, '-', '.' and '_', compared case-insensitively
+ * and kept in lower case. The server is reached within
+ * KORVO_REGISTRY_CONNECT_TIMEOUT seconds (default 5; a connect_timeout in
+ * the URI wins); a server that cannot be reached, or a connection lost
+ * mid-call, fails the call with RSV_E_STORE and a trace line naming the
+ * server (never the password) and libpq's reason, and the next call
+ * connects again. A write is acknowledged only once its commit succeeded.
+ * The store's tables (schema "korvo") are made by the first write; under a
+ * host's role (fleet_roles.sql) a call on another host's tree fails with
+ * RSV_E_STORE, "access denied". A store file holds one host's tree: the
+ * process's own, whatever KORVO_HOST says. */
+
+/* Makes the calling thread work on the tree of `host` from its next call
+ * on; null or "" goes back to KORVO_HOST. RSV_E_BAD_ARGUMENT for a name
+ * that is not a host name; RSV_E_STORE when the store is a file (or, on
+ * Windows, the system registry) and `host` is not this machine's. Interface 1.15. */
+RSV_API uint16_t rsv_set_host(const char *host, const char *module, int32_t line);
+
+/* Calls func once per host that has a tree in the store, in name order
+ * (lower case), from one committed state; a nonzero result stops the
+ * listing. A store file lists this machine's host only; a host's role
+ * sees its own host only. Interface 1.15. */
+RSV_API uint16_t rsv_list_hosts(rsv_name_func func, void *context, const char *module,
+                                int32_t line);
+
+/* Called by rsv_get_value_all_hosts once per host: the host's name and the
+ * value's type, data and size; a nonzero result stops the calls. */
+typedef int32_t (*rsv_host_value_func)(const char *host, uint32_t type, const void *data,
+                                       uint32_t size, void *context);
+
+/* The value `name` of `key` in every host's tree that has it, in host name
+ * order, read in one statement (a fleet inventory); hosts without the key
+ * or the value are left out, which is still RSV_OK. func may call the
+ * service. Interface 1.15. */
+RSV_API uint16_t rsv_get_value_all_hosts(const char *key, const char *name,
+                                         rsv_host_value_func func, void *context,
+                                         const char *module, int32_t line);
+
 /* Installs the trace function (null: no trace). Always RSV_OK. */
 RSV_API uint16_t rsv_set_trace_func(rsv_trace_func func, const char *module, int32_t line);
 

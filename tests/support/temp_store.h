@@ -8,13 +8,25 @@
 // scratch(name) another file there. cfg_key and cfg_set build keys and
 // values of the configuration tree in the store, with paths relative to
 // HKEY_LOCAL_MACHINE\SOFTWARE\Vantrel\Halcyra.
+//
+// When the suite runs with KORVO_REGISTRY naming a PostgreSQL server
+// (scripts/pg-suite.sh, the "pg." tests), each test works on a host of its
+// own there (KORVO_HOST), which is as empty as a new file, and tests of a
+// store file's own behaviour skip (KORUTL_FILE_STORE_ONLY).
+// KORUTL_TEST_PG_DIR names a cluster of scripts/pg-cluster.sh to use (its
+// "uri" file); where it could not start (its "unavailable" file) the
+// test skips saying what to install.
 #ifndef KORUTL_TESTS_SUPPORT_TEMP_STORE_H
 #define KORUTL_TESTS_SUPPORT_TEMP_STORE_H
 
 #include <gtest/gtest.h>
 
+#include <unistd.h>
+
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <string>
 
 #if defined(_WIN32)
@@ -39,9 +51,34 @@ inline void cfg_set(const std::string &relative, const std::string &name, const 
             RSV_OK);
 }
 
+// Whether `registry` (a KORVO_REGISTRY text) names a PostgreSQL server.
+inline bool names_server(const char *registry) {
+  const std::string r = registry != nullptr ? registry : "";
+  return r.rfind("postgresql://", 0) == 0 || r.rfind("postgres://", 0) == 0;
+}
+
+// Skips a test of what only a store file does (its file, folder, locks).
+#define KORUTL_FILE_STORE_ONLY() \
+  if (on_server()) GTEST_SKIP() << "a store file's own behaviour"
+
 class TempStore : public ::testing::Test {
  protected:
   void SetUp() override {
+#if !defined(_WIN32)
+    if (const char *pg_dir = std::getenv("KORUTL_TEST_PG_DIR"); pg_dir != nullptr) {
+      std::ifstream unavailable(std::string(pg_dir) + "/unavailable");
+      if (unavailable) GTEST_SKIP() << std::string(std::istreambuf_iterator<char>(unavailable), {});
+      std::ifstream uri(std::string(pg_dir) + "/uri");
+      std::string line;
+      if (std::getline(uri, line)) setenv("KORVO_REGISTRY", line.c_str(), 1);
+    }
+    if (names_server(std::getenv("KORVO_REGISTRY"))) {
+      server_ = std::getenv("KORVO_REGISTRY");
+      static int tests = 0;
+      host_ = "test-" + std::to_string(getpid()) + "-" + std::to_string(++tests);
+      setenv("KORVO_HOST", host_.c_str(), 1);
+    }
+#endif
     std::string pattern = (std::filesystem::temp_directory_path() / "korutl-store-XXXXXX").string();
     ASSERT_NE(mkdtemp(pattern.data()), nullptr);
     dir_ = pattern;
@@ -57,7 +94,10 @@ class TempStore : public ::testing::Test {
     RegCloseKey(key);
     setenv("KORUTL_TEST_HKLM", scratch_.c_str(), 1);
 #else
-    setenv("KORVO_REGISTRY", file_.c_str(), 1);
+    if (on_server())
+      std::filesystem::create_directories(dir_ + "/sub");
+    else
+      setenv("KORVO_REGISTRY", file_.c_str(), 1);
 #endif
   }
   void TearDown() override {
@@ -67,7 +107,16 @@ class TempStore : public ::testing::Test {
     RegDeleteTreeA(HKEY_CURRENT_USER, scratch_.c_str());
     unsetenv("KORUTL_TEST_HKLM");
 #else
-    unsetenv("KORVO_REGISTRY");
+    if (on_server()) {
+      // The host's tree goes with the test; the server stays as it was named.
+      rsv_set_host(nullptr, nullptr, 0);
+      setenv("KORVO_REGISTRY", server_.c_str(), 1);
+      rsv_delete_key("HKEY_LOCAL_MACHINE", nullptr, 0);
+      rsv_delete_key("HKEY_CURRENT_USER", nullptr, 0);
+      unsetenv("KORVO_HOST");
+    } else {
+      unsetenv("KORVO_REGISTRY");
+    }
 #endif
     std::error_code ignored;
     std::filesystem::remove_all(dir_, ignored);
@@ -85,12 +134,27 @@ class TempStore : public ::testing::Test {
     RegCloseKey(key);  // a key that never opened is refused, nothing more
     return any;
 #else
-    return std::filesystem::exists(file_);
+    if (!on_server()) return std::filesystem::exists(file_);
+    struct Seek {
+      const std::string &host;
+      bool found;
+    } seek{host_, false};
+    rsv_list_hosts(
+        [](const char *listed, void *context) -> int32_t {
+          auto *s = static_cast<Seek *>(context);
+          s->found |= s->host == listed;
+          return 0;
+        },
+        &seek, nullptr, 0);
+    return seek.found;
 #endif
   }
+  bool on_server() const { return !server_.empty(); }
+  const std::string &host() const { return host_; }
 
  private:
   std::string dir_, file_;
+  std::string server_, host_;  // on a server: its URI and the test's host
 #if defined(_WIN32)
   std::string scratch_;
 #endif
