@@ -112,6 +112,19 @@ TEST_F(ServerStore, HostsKeepTheirOwnTreesAndTheFleetIsQueriedAcross) {
                 &inventory, AT),
             RSV_OK);
   EXPECT_EQ(inventory, (std::vector<std::string>{host() + "=first", other + "=second"}));
+#ifdef KORUTL_TOOL_FILE
+  // The command's inventory, and its copy into another host's tree.
+  const auto listed_by_tool =
+      korutl_test::run_tool({"reg", "--host", host(), "query", base, "/v", "role", "--all-hosts"});
+  EXPECT_EQ(listed_by_tool.out,
+            host() + "    REG_SZ    first\n" + other + "    REG_SZ    second\n");
+  EXPECT_EQ(korutl_test::run_tool(
+                {"reg", "--host", host(), "copy", base, base + "\\Copy", "--to-host", other})
+                .status,
+            0);
+  ASSERT_EQ(rsv_set_host(other.c_str(), AT), RSV_OK);
+  EXPECT_EQ(bytes_of(base + "\\Copy", "Role"), std::string("first", 6));
+#endif
   // A copy between hosts is an export of one and an import into the other
   // (.reg files hold UTF-16 names: the odd ones stay behind).
   ASSERT_EQ(rsv_set_host(host().c_str(), AT), RSV_OK);

@@ -1,7 +1,9 @@
 // korutl reg: the configuration store's keys and values from a shell, with
 // the verbs and switches of Windows' reg command (reg_verbs.h).
+#include "siblings/rsv/rsv.h"
 #include "tools/reg_keys.h"
 #include "tools/reg_report.h"
+#include "tools/reg_values.h"
 #include "tools/reg_verbs.h"
 
 namespace korutl_tool {
@@ -43,17 +45,30 @@ CLI::Option *add_value_option(CLI::App *verb, std::string &name, const std::stri
   return verb->add_option("-v,--value", name, description)->check(not_a_switch);
 }
 
+namespace {
+
+RegGlobals globals;
+
+constexpr RegVerbAdder kVerbs[] = {add_reg_reading_verbs, add_reg_changing_verbs,
+                                   add_reg_two_key_verbs, add_reg_file_verbs, add_reg_host_verbs};
+
+}  // namespace
+
+bool use_host(const std::string &host) {
+  const uint16_t rc = rsv_set_host(host.c_str(), kRegModule, __LINE__);
+  if (rc != RSV_OK) fail_call(rc, "cannot work on the tree of host " + host);
+  return rc == RSV_OK;
+}
+
 void on_run(CLI::App *verb, std::function<void()> body) {
   verb->callback([body = std::move(body)] {
     watch_store_failures();
+    if (!globals.host.empty() && !use_host(globals.host)) return;
     body();
   });
 }
 
 namespace {
-
-constexpr RegVerbAdder kVerbs[] = {add_reg_reading_verbs, add_reg_changing_verbs,
-                                   add_reg_two_key_verbs, add_reg_file_verbs};
 
 void add_reg_command(CLI::App &app) {
   CLI::App *reg = app.add_subcommand(
@@ -64,7 +79,10 @@ void add_reg_command(CLI::App &app) {
   reg->require_subcommand(1);
   reg->ignore_case();
   reg->set_help_flag("-h,--help,-?", "Print this help and exit");
-  static RegGlobals globals;
+  reg->add_option("--host", globals.host,
+                  "Work on the tree of host NAME in a shared PostgreSQL store (default "
+                  "KORVO_HOST, else this machine's name); give it before the verb")
+      ->type_name("NAME");
   for (const RegVerbAdder add : kVerbs) add(*reg, globals);
 }
 

@@ -16,7 +16,7 @@ namespace korutl_tool {
 namespace reg_copy_verbs {
 
 struct CopyArgs {
-  std::string source, target;
+  std::string source, target, to_host;
   bool recursive = false, force = false;
 };
 
@@ -44,6 +44,7 @@ void run_copy(const CopyArgs &a) {
     const ReadSnapshot snapshot;
     if (!key_found(a.source) || !read_copied(a.source, "", a.recursive, keys)) return;
   }
+  if (!a.to_host.empty() && !use_host(a.to_host)) return;
   size_t existing = 0;
   for (const CopiedKey &k : keys) {
     for (const auto &value : k.contents.values) {
@@ -89,6 +90,10 @@ void add_copy(CLI::App &reg) {
   add_key_argument(verb, "TARGET", a.target, "The key written (created when missing)");
   verb->add_flag("-s,--recursive", a.recursive, "Every subkey below SOURCE too");
   verb->add_flag("-f,--force", a.force, "Overwrite existing values without asking");
+  verb->add_option("--to-host", a.to_host,
+                   "Write TARGET in the tree of host NAME of a shared store (SOURCE is read "
+                   "from --host's, else this machine's)")
+      ->type_name("NAME");
   on_run(verb, [] { run_copy(a); });
 }
 

@@ -2,6 +2,7 @@
 #include <cstdio>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "korutl.h"
 #include "siblings/rsv/rsv.h"
@@ -23,7 +24,7 @@ constexpr const char *kJsonSchema =
 struct QueryArgs {
   std::string key, value, separator{kMultiSeparator}, pattern;
   bool default_value = false, recursive = false, keys_only = false, data_only = false,
-       case_sensitive = false, exact = false, json = false;
+       case_sensitive = false, exact = false, json = false, all_hosts = false;
   CLI::Option *value_option = nullptr, *find_option = nullptr;
   std::optional<std::string> only() const {
     if (default_value) return std::string();
@@ -91,7 +92,49 @@ size_t search(const std::string &key, const QueryArgs &a) {
   return found;
 }
 
+// --all-hosts: the one value of every host's tree that has it, a fleet
+// inventory read in one statement.
+void query_all_hosts(const QueryArgs &a, const std::string &name) {
+  struct Found {
+    std::string host;
+    RegValue value;
+  };
+  std::vector<Found> found;
+  const uint16_t rc = rsv_get_value_all_hosts(
+      a.key.c_str(), name.c_str(),
+      [](const char *host, uint32_t type, const void *data, uint32_t size,
+         void *context) -> int32_t {
+        static_cast<std::vector<Found> *>(context)->push_back(
+            {host, {type, std::string(static_cast<const char *>(data), size)}});
+        return 0;
+      },
+      &found, kRegModule, __LINE__);
+  if (rc != RSV_OK) return fail_call(rc, "cannot read " + a.key + " across the hosts");
+  if (a.json) {
+    JsonWriter json;
+    json.begin_object().key("key").string(a.key).key("name").string(name);
+    json.key("hosts").begin_array();
+    for (const Found &f : found) {
+      json.begin_object().key("host").string(f.host).key("type").string(
+          reg_type_name(f.value.type));
+      json.key("data");
+      reg_json_data(json, f.value.type, f.value.bytes);
+      json.end_object();
+    }
+    json.end_array().end_object().finish();
+  } else {
+    for (const Found &f : found)
+      std::printf("%s    %s    %s\n", f.host.c_str(), reg_type_name(f.value.type).c_str(),
+                  reg_show_value(f.value.type, f.value.bytes, a.separator).c_str());
+  }
+  if (found.empty()) fail("no host has the value " + quoted_value_name(name) + " in " + a.key);
+}
+
 void run_query(const QueryArgs &a) {
+  if (a.all_hosts) {
+    if (!a.only()) return fail("query --all-hosts needs /v NAME or /ve", exit_usage);
+    return query_all_hosts(a, *a.only());
+  }
   const ReadSnapshot snapshot;
   if (!key_found(a.key)) return;
   const auto only = a.only();
@@ -147,6 +190,12 @@ void add_query(CLI::App &reg) {
       ->needs(find);
   verb->add_flag("-e,--exact", a.exact, "With /f: the whole text must match")->needs(find);
   verb->add_flag("--json", a.json, "Write JSON (schema below)")->excludes(find);
+  verb->add_flag("--all-hosts", a.all_hosts,
+                 "With /v or /ve: that value in every host's tree of a shared store, one line "
+                 "\"HOST    TYPE    DATA\" per host that has it (--json: {\"key\", \"name\", "
+                 "\"hosts\": [{\"host\", \"type\", \"data\"}]})")
+      ->excludes(find)
+      ->excludes("--recursive");
   on_run(verb, [] { run_query(a); });
 }
 

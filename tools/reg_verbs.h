@@ -20,10 +20,11 @@
 namespace korutl_tool {
 
 // Options of `reg` itself that every verb uses, filled by the parser
-// before any verb runs. None yet: an option of every verb (which store or
-// host to use) is a field here, bound in add_reg_command (cmd_reg.cpp) and
-// given before the verb on the command line.
-struct RegGlobals {};
+// before any verb runs, bound in add_reg_command (cmd_reg.cpp) and given
+// before the verb on the command line.
+struct RegGlobals {
+  std::string host;  // --host: whose tree on a shared store ("" the process's own)
+};
 
 using RegVerbAdder = void (*)(CLI::App &reg, const RegGlobals &globals);
 
@@ -35,6 +36,12 @@ void add_reg_changing_verbs(CLI::App &reg, const RegGlobals &globals);
 void add_reg_two_key_verbs(CLI::App &reg, const RegGlobals &globals);
 // export and import (reg_files.cpp).
 void add_reg_file_verbs(CLI::App &reg, const RegGlobals &globals);
+// hosts (reg_hosts.cpp).
+void add_reg_host_verbs(CLI::App &reg, const RegGlobals &globals);
+
+// Makes the registry service work on the tree of `host` (rsv_set_host); a
+// bad name, or another host on a store file, is reported with exit status 1.
+bool use_host(const std::string &host);
 
 // Makes the verb `name` below `reg` with the switch forms above; `footer`
 // ends its --help.
@@ -51,7 +58,8 @@ CLI::Option *add_key_argument(CLI::App *verb, const char *name, std::string &key
 CLI::Option *add_value_option(CLI::App *verb, std::string &name, const std::string &description);
 
 // Runs `body` as the verb's action, with the registry service's failure
-// reasons watched (reg_report.h); exit status as `body` left it.
+// reasons watched (reg_report.h) and on the tree of --host when given;
+// exit status as `body` left it.
 void on_run(CLI::App *verb, std::function<void()> body);
 
 }  // namespace korutl_tool

@@ -59,9 +59,6 @@ enum class Backend { sqlite, pg };
 // kind of store: a process never moves its tree between backends.
 bool backend(Backend &which);
 
-// Whether `registry` (a KORVO_REGISTRY text) names a PostgreSQL server.
-bool is_server_uri(std::string_view registry);
-
 }  // namespace korutl::store
 
 #endif

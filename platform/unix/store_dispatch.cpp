@@ -7,6 +7,7 @@
 #include "platform/store.h"
 #include "platform/store_hosts.h"
 #include "platform/unix/store_backend.h"
+#include "platform/unix/store_file.h"
 
 namespace korutl::store {
 
@@ -30,10 +31,6 @@ Status dispatch(OnFile on_file, OnServer on_server) {
 #define KORUTL_FORWARD(call) dispatch([&] { return sqlite::call; }, [&] { return pg::call; })
 
 }  // namespace
-
-bool is_server_uri(std::string_view registry) {
-  return registry.substr(0, 13) == "postgresql://" || registry.substr(0, 11) == "postgres://";
-}
 
 bool backend(Backend &which) {
   const char *env = std::getenv("KORVO_REGISTRY");

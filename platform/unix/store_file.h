@@ -8,8 +8,15 @@
 #define KORUTL_PLATFORM_UNIX_STORE_FILE_H
 
 #include <string>
+#include <string_view>
 
 namespace korutl::store {
+
+// Whether `registry` (a KORVO_REGISTRY text) names a PostgreSQL server, a
+// postgresql:// or postgres:// URI, rather than a file.
+inline bool is_server_uri(std::string_view registry) {
+  return registry.starts_with("postgresql://") || registry.starts_with("postgres://");
+}
 
 // The store file: KORVO_REGISTRY, else $XDG_STATE_HOME/halcyra/registry.db,
 // else $HOME/.local/state/halcyra/registry.db. False, with the reason in

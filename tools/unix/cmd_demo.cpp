@@ -13,6 +13,7 @@
 #include <string>
 #include <vector>
 
+#include "platform/unix/store_file.h"
 #include "tools/commands.h"
 #include "tools/install_data.h"
 #include "tools/output.h"
@@ -67,6 +68,9 @@ int run_demo(const DemoOptions &opt) {
     return exit_failed;
   }
   setenv("KORVO_REGISTRY", store.c_str(), 1);
+  // A server URI may carry a password: the server is not named here.
+  const std::string shown_store =
+      korutl::store::is_server_uri(store) ? "the server of KORVO_REGISTRY" : store;
 
   demo::Report report(opt.quiet);
   demo::Context context{report, opt.sample, ""};
@@ -74,13 +78,13 @@ int run_demo(const DemoOptions &opt) {
     context.sample = installed_data(KORUTL_INSTALL_DATADIR "/halcyra-sample.reg");
   context.language_dir = installed_data(KORUTL_INSTALL_LANGDIR);
   if (!opt.quiet) {
-    std::printf("korutl demo: store %s%s\n", store.c_str(),
+    std::printf("korutl demo: store %s%s\n", shown_store.c_str(),
                 is_temporary ? " (temporary, removed afterwards)" : "");
     std::printf("korutl demo: sample tree %s\n",
                 context.sample.empty() ? "(not found)" : context.sample.c_str());
   }
   demo::run_steps(context);
-  return report.finish(is_temporary ? "temporary" : store);
+  return report.finish(is_temporary ? "temporary" : shown_store);
 }
 
 void add_demo_command(CLI::App &app) {
