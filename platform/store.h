@@ -23,7 +23,7 @@ namespace korutl::store {
 enum class Status {
   ok,
   no_key,       // the key (or the store file) does not exist
-  root_value,   // values cannot be set on a root key
+  root_value,   // a root key holds no values and is never removed
   no_value,     // the key exists, the value does not
   bad_name,     // empty path component, name over 255 characters, depth over 512
   too_large,    // value data over max_value_size

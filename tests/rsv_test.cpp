@@ -24,10 +24,21 @@ class RsvTest : public korutl_test::TempStore {
     std::ofstream(scratch(name), std::ios::binary) << text;
     return scratch(name);
   }
-  std::string export_all() {
-    EXPECT_EQ(rsv_export_file("HKEY_LOCAL_MACHINE", scratch("export.reg").c_str(), AT), RSV_OK);
+  std::string export_all(const char *key = "HKEY_LOCAL_MACHINE") {
+    EXPECT_EQ(rsv_export_file(key, scratch("export.reg").c_str(), AT), RSV_OK);
     std::ifstream in(scratch("export.reg"), std::ios::binary);
     return {std::istreambuf_iterator<char>(in), {}};
+  }
+  // Deletes every key below the root, which itself stays (and refuses to go).
+  static void empty_tree() {
+    ASSERT_EQ(rsv_delete_key("HKEY_LOCAL_MACHINE", AT), RSV_E_BAD_ARGUMENT);
+    const auto drop = [](const char *name, void *) -> int32_t {
+      return rsv_delete_key(("HKEY_LOCAL_MACHINE\\" + std::string(name)).c_str(), AT);
+    };
+    ASSERT_EQ(rsv_list_names("HKEY_LOCAL_MACHINE", RSV_LIST_SUBKEYS, drop, nullptr, AT), RSV_OK);
+    uint16_t left = 1;
+    ASSERT_EQ(rsv_query_key("HKEY_LOCAL_MACHINE", &left, nullptr, AT), RSV_OK);
+    ASSERT_EQ(left, 0);
   }
 };
 
@@ -48,6 +59,15 @@ std::string text_of(const std::string &key, const char *name) {
   char buf[64];
   uint16_t len = sizeof buf;
   return rsv_get_value(key.c_str(), name, buf, &len, AT) == RSV_OK ? buf : "<unread>";
+}
+
+// A value's type and bytes.
+std::pair<uint32_t, std::string> data_of(const std::string &key, const char *name) {
+  uint32_t type = 0, size = 0;
+  if (rsv_get_value_ex(key.c_str(), name, &type, nullptr, &size, AT) != RSV_OK) return {};
+  std::string data(size, '\0');
+  if (rsv_get_value_ex(key.c_str(), name, &type, data.data(), &size, AT) != RSV_OK) return {};
+  return {type, data};
 }
 
 TEST_F(RsvTest, KeysAndValues) {
@@ -121,7 +141,7 @@ TEST_F(RsvTest, KeysAndValues) {
   const std::string first = export_all();
   ASSERT_EQ(first.substr(0, 2), "\xFF\xFE");
   const std::string saved = write("saved.reg", first);
-  ASSERT_EQ(rsv_delete_key("HKEY_LOCAL_MACHINE", AT), RSV_OK);
+  empty_tree();
   ASSERT_EQ(rsv_import_file(saved.c_str(), nullptr, AT), RSV_OK);
   EXPECT_EQ(export_all(), first);
   EXPECT_EQ(text_of(root + "\\Products\\Orrery\\Versions\\2.10", "Description"),
@@ -156,8 +176,9 @@ TEST_F(RsvTest, RegFileImports) {
   const std::string head =
       "Windows Registry Editor Version 5.00\n[HKEY_LOCAL_MACHINE\\New]\n\"ok\"=\"1\"\n";
   for (const auto &[text, line] :
-       {std::pair<std::string, uint32_t>{"REGEDIT4\n", 1},
+       {std::pair<std::string, uint32_t>{"REGEDIT 4\n", 1},
         {head + "\"n\"=dword:123\n", 4},
+        {head + "\n[-HKEY_LOCAL_MACHINE]\n", 5},
         {head + "\"n\"=hex:01,\\\n  02,\n", 4},
         {head + "[HKEY_LOCAL_MACHINE\n", 4},
         {"Windows Registry Editor Version 5.00\n\"orphan\"=\"1\"\n", 2}}) {
@@ -170,6 +191,67 @@ TEST_F(RsvTest, RegFileImports) {
   uint32_t bad_line = 99;
   EXPECT_EQ(rsv_import_file(scratch("missing.reg").c_str(), &bad_line, AT), RSV_E_BAD_ARGUMENT);
   EXPECT_EQ(bad_line, 0u);
+  // REGEDIT4 is 8-bit text and its hex(2) bytes are the text itself; in a
+  // UTF-8 file the 3-byte form of U+DCFF is the byte 0xFF.
+  const std::string r4 =
+      "REGEDIT4\r\n\r\n[HKEY_LOCAL_MACHINE\\R4]\r\n\"caf\xE9\"=\"\xE9t\xE9\"\r\n"
+      "\"e\"=hex(2):25,41,25,00\r\n";
+  ASSERT_EQ(rsv_import_file(write("r4.reg", r4).c_str(), nullptr, AT), RSV_OK);
+  EXPECT_EQ(data_of("HKEY_LOCAL_MACHINE\\R4", "caf\xE9"),
+            std::make_pair(1u, std::string("\xE9t\xE9\0", 4)));
+  EXPECT_EQ(data_of("HKEY_LOCAL_MACHINE\\R4", "e"), std::make_pair(2u, std::string("%A%\0", 4)));
+  const std::string u8 =
+      "Windows Registry Editor Version 5.00\n[HKEY_LOCAL_MACHINE\\U8]\n"
+      "\"\xED\xB3\xBF\xFE\"=\"\xC3\xA9\"\n";
+  ASSERT_EQ(rsv_import_file(write("u8.reg", u8).c_str(), nullptr, AT), RSV_OK);
+  EXPECT_EQ(data_of("HKEY_LOCAL_MACHINE\\U8", "\xFF\xFE"),
+            std::make_pair(1u, std::string("\xC3\xA9\0", 3)));
+}
+
+// What each awkward name and value must come back as: names with line
+// breaks and bytes that are not UTF-8, texts without their zero or with
+// more than one, odd sizes, unknown types.
+TEST_F(RsvTest, EveryTreeExportsAndComesBackExactly) {
+#if defined(_WIN32)
+  GTEST_SKIP() << "the system registry keeps names as UTF-16 text, not bytes";
+#endif
+  struct Entry {
+    std::string key, name;
+    uint32_t type;
+    std::string data;
+  };
+  const std::string k = root + "\\Odd";
+  using namespace std::string_literals;
+  const std::vector<Entry> tree = {
+      {k + "\\line\nfeed\rand cr", "name\nwith\rbreaks", RSV_REG_SZ, "x\0"s},
+      {k + "\\bad\xFF\xC3", "\xFE\xED\xB2\x80", RSV_REG_SZ, "\xFF\xC0\x80 \xC3\xA9\0"s},
+      {k + "\\\xF0\x9F\x98\x80]", "\"q\\\"", RSV_REG_BINARY, "\x00\xFF"s},
+      {k, "expand", RSV_REG_EXPAND_SZ, "%T%\\\xFF\xED\xA0\x80\0"s},
+      {k, "multi", RSV_REG_MULTI_SZ, "a\0\xF4\x8F\xBF\xBF\0\0"s},
+      {k, "no zero", RSV_REG_SZ, "abc"},
+      {k, "zeros and breaks", RSV_REG_SZ, "a\0b\r\n\0"s},
+      {k, "odd size", RSV_REG_EXPAND_SZ, "abc"},
+      {k, "short dword", RSV_REG_DWORD, "\x01\x02\x03"},
+      {k, "qword", RSV_REG_QWORD, "\x01\x02\x03\x04\x05\x06\x07\x08"},
+      {k, "", 0x12345678, ""},
+      {"-Root\\k", "v", RSV_REG_SZ, "x\0"s},
+  };
+  for (const Entry &e : tree) {
+    ASSERT_EQ(rsv_create_key(e.key.c_str(), AT), RSV_OK);
+    ASSERT_EQ(rsv_set_value_ex(e.key.c_str(), e.name.c_str(), e.type, e.data.data(),
+                               static_cast<uint32_t>(e.data.size()), AT),
+              RSV_OK);
+  }
+  const std::string hklm = export_all(), minus = export_all("-Root");
+  const std::string hklm_file = write("hklm.reg", hklm), minus_file = write("minus.reg", minus);
+  empty_tree();
+  ASSERT_EQ(rsv_delete_key("-Root\\k", AT), RSV_OK);
+  ASSERT_EQ(rsv_import_file(hklm_file.c_str(), nullptr, AT), RSV_OK);
+  ASSERT_EQ(rsv_import_file(minus_file.c_str(), nullptr, AT), RSV_OK);
+  EXPECT_EQ(export_all(), hklm);
+  EXPECT_EQ(export_all("-Root"), minus);
+  for (const Entry &e : tree)
+    EXPECT_EQ(data_of(e.key, e.name.c_str()), std::make_pair(e.type, e.data)) << e.name;
 }
 
 }  // namespace

@@ -1,0 +1,100 @@
+// Exporting to a named file without ever leaving a half-written one where
+// a good backup was: regular files are replaced by a rename.
+#include <cstdio>
+#include <filesystem>
+#include <random>
+
+#if defined(_WIN32)
+#include <io.h>
+#else
+#include <unistd.h>
+#endif
+
+#include "siblings/rsv/regfile.h"
+
+namespace korutl::regfile {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+// Puts the file's data on the disk before it is renamed into place.
+bool sync(std::FILE *f) {
+  if (std::fflush(f) != 0) return false;
+#if defined(_WIN32)
+  return _commit(_fileno(f)) == 0;
+#else
+  return fsync(fileno(f)) == 0;
+#endif
+}
+
+// A name beside `target` that nothing has yet.
+fs::path temporary_beside(const fs::path &target) {
+  std::random_device random;
+  std::error_code ec;
+  for (int attempt = 0;; ++attempt) {
+    char suffix[24];
+    std::snprintf(suffix, sizeof suffix, ".%08x%08x", random(), random());
+    fs::path candidate = target;
+    candidate += suffix;
+    if (!fs::exists(candidate, ec) || attempt == 16) return candidate;
+  }
+}
+
+// Writes the snapshot's subtree to `file`; ok with an empty `why` when the
+// data reached it.
+store::Status write_to(const std::string &path, std::FILE *file, bool must_sync, std::string &why) {
+  store::Status st;
+  {
+    const store::SnapshotScope snapshot;  // one committed state, whole or not at all
+    st = write(path, file);
+  }
+  const bool written = !std::ferror(file) && (must_sync ? sync(file) : std::fflush(file) == 0);
+  if (std::fclose(file) != 0 || !written) why = "cannot write";
+  return st;
+}
+
+}  // namespace
+
+store::Status export_file(const std::string &path, const char *file, std::string &file_error) {
+  file_error.clear();
+  std::error_code ec;
+  const fs::path named(file);
+  const fs::file_type type = fs::status(named, ec).type();
+  if (type != fs::file_type::regular && type != fs::file_type::not_found) {
+    std::FILE *out = std::fopen(file, "wb");
+    if (out == nullptr) {
+      file_error = std::string("cannot open ") + file;
+      return store::Status::ok;
+    }
+    const store::Status st = write_to(path, out, false, file_error);
+    if (!file_error.empty()) file_error += std::string(" ") + file;
+    return st;
+  }
+  // Through a link, the file it names is the one replaced.
+  ec.clear();
+  const fs::path target = type == fs::file_type::regular ? fs::canonical(named, ec) : named;
+  if (ec) {
+    file_error = std::string("cannot resolve ") + file;
+    return store::Status::ok;
+  }
+  const fs::path temporary = temporary_beside(target);
+  std::FILE *out = std::fopen(temporary.string().c_str(), "wb");
+  if (out == nullptr) {
+    file_error = "cannot create " + temporary.string();
+    return store::Status::ok;
+  }
+  if (type == fs::file_type::regular)
+    fs::permissions(temporary, fs::status(target, ec).permissions(), ec);
+  store::Status st = write_to(path, out, true, file_error);
+  if (st == store::Status::ok && file_error.empty()) {
+    fs::rename(temporary, target, ec);
+    if (!ec) return st;
+    file_error = "cannot rename " + temporary.string() + " to";
+  }
+  if (!file_error.empty()) file_error += std::string(" ") + file;
+  fs::remove(temporary, ec);
+  return st;
+}
+
+}  // namespace korutl::regfile
