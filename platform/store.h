@@ -12,6 +12,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -100,6 +101,9 @@ Status delete_key(std::string_view path);
 // Subkey names in case-insensitive order; values in first-set order.
 Status list_subkeys(std::string_view path, std::vector<std::string> &names);
 Status list_values(std::string_view path, std::vector<Value> &values);
+// list_values one value at a time, never holding them all (for streaming);
+// on_value may take the value's contents.
+Status for_each_value(std::string_view path, const std::function<void(Value &)> &on_value);
 
 // One whole tree written in a single transaction: a key with its values.
 struct KeyRecord {

@@ -53,7 +53,7 @@ Parsed read_file(const char *file, std::vector<store::KeyRecord> &records, size_
 
 // Writes the key at `path` and its subtree, each key in pre-order with its
 // values in their order, as UTF-16LE with a byte-order mark and CRLF line
-// ends. Streams: memory holds one key's values and the subkey names on the
+// ends. Streams: memory holds one value at a time and the subkey names on the
 // way down, never the file. Stops early when `out` reports an error (the
 // caller checks ferror). Reads through the store as it is: the caller
 // holds a snapshot when the tree must be one committed state.

@@ -120,9 +120,6 @@ void value_line(const store::Value &v, Utf16Out &out) {
 }
 
 store::Status key_text(const std::string &path, Utf16Out &out) {
-  std::vector<store::Value> values;
-  store::Status st = store::list_values(path, values);
-  if (st != store::Status::ok) return st;
   std::u16string units;
   append_units(path, true, units);
   if (!units.empty() && units[0] == u'-') units[0] = escaped_byte('-');  // not a deletion
@@ -130,9 +127,10 @@ store::Status key_text(const std::string &path, Utf16Out &out) {
   for (const char16_t u : units) out.unit(u);
   out.unit(u']');
   out.end_line();
-  for (const store::Value &v : values) value_line(v, out);
+  store::Status st =
+      store::for_each_value(path, [&out](const store::Value &v) { value_line(v, out); });
+  if (st != store::Status::ok) return st;
   out.end_line();
-  values = {};
   std::vector<std::string> subkeys;
   if ((st = store::list_subkeys(path, subkeys)) != store::Status::ok) return st;
   for (const std::string &sub : subkeys) {

@@ -149,9 +149,9 @@ RSV_API uint16_t rsv_list_names(const char *key, int32_t kind, rsv_name_func fun
 
 /* Writes the key and its subtree to `file` in the registry editor's .reg
  * format (version 5.00, UTF-16LE with a byte-order mark, CRLF), from one
- * committed state of the tree, streamed in memory bounded by one key's
- * values. Every tree the store holds exports, and rsv_import_file gives
- * it back exactly: bytes of a name or text that are not UTF-8, and NUL, LF
+ * committed state of the tree, streamed: memory holds one value at a time
+ * and the subkey names on the way down, never the file. Every tree the store holds exports, and
+ * rsv_import_file gives it back exactly: bytes of a name or text that are not UTF-8, and NUL, LF
  * and CR in a name, are written as the lone surrogates U+DC00 + byte (a
  * leading "-" of a root name as U+DC2D); a REG_SZ the quoted form cannot
  * give back exactly (no single terminating zero, another zero, CR or LF)
