@@ -2,6 +2,7 @@
 // a good backup was: regular files are replaced by a rename.
 #include <cstdio>
 #include <filesystem>
+#include <memory>
 #include <random>
 
 #if defined(_WIN32)
@@ -41,18 +42,38 @@ fs::path temporary_beside(const fs::path &target) {
   }
 }
 
-// Writes the snapshot's subtree to `file`; ok with an empty `why` when the
-// data reached it.
-store::Status write_to(const std::string &path, std::FILE *file, bool must_sync, std::string &why) {
+using File = std::unique_ptr<std::FILE, int (*)(std::FILE *)>;
+
+// Writes the snapshot's subtree to `file` and closes it; ok with an empty
+// `why` when the data reached it.
+store::Status write_to(const std::string &path, File file, bool must_sync, std::string &why) {
   store::Status st;
   {
     const store::SnapshotScope snapshot;  // one committed state, whole or not at all
-    st = write(path, file);
+    st = write(path, file.get());
   }
-  const bool written = !std::ferror(file) && (must_sync ? sync(file) : std::fflush(file) == 0);
-  if (std::fclose(file) != 0 || !written) why = "cannot write";
+  const bool written =
+      !std::ferror(file.get()) && (must_sync ? sync(file.get()) : std::fflush(file.get()) == 0);
+  if (std::fclose(file.release()) != 0 || !written) why = "cannot write";
   return st;
 }
+
+// Removes a temporary file on every way out but its rename.
+class Temporary {
+ public:
+  explicit Temporary(fs::path path) : path_(std::move(path)) {}
+  ~Temporary() {
+    std::error_code ec;
+    if (!path_.empty()) fs::remove(path_, ec);
+  }
+  Temporary(const Temporary &) = delete;
+  Temporary &operator=(const Temporary &) = delete;
+  const fs::path &path() const { return path_; }
+  void kept() { path_.clear(); }
+
+ private:
+  fs::path path_;
+};
 
 }  // namespace
 
@@ -62,12 +83,12 @@ store::Status export_file(const std::string &path, const char *file, std::string
   const fs::path named(file);
   const fs::file_type type = fs::status(named, ec).type();
   if (type != fs::file_type::regular && type != fs::file_type::not_found) {
-    std::FILE *out = std::fopen(file, "wb");
+    File out(std::fopen(file, "wb"), std::fclose);
     if (out == nullptr) {
       file_error = std::string("cannot open ") + file;
       return store::Status::ok;
     }
-    const store::Status st = write_to(path, out, false, file_error);
+    const store::Status st = write_to(path, std::move(out), false, file_error);
     if (!file_error.empty()) file_error += std::string(" ") + file;
     return st;
   }
@@ -78,22 +99,26 @@ store::Status export_file(const std::string &path, const char *file, std::string
     file_error = std::string("cannot resolve ") + file;
     return store::Status::ok;
   }
-  const fs::path temporary = temporary_beside(target);
-  std::FILE *out = std::fopen(temporary.string().c_str(), "wb");
+  File out(nullptr, std::fclose);
+  Temporary temporary(temporary_beside(target));
+  out.reset(std::fopen(temporary.path().string().c_str(), "wb"));
   if (out == nullptr) {
-    file_error = "cannot create " + temporary.string();
+    file_error = "cannot create " + temporary.path().string();
+    temporary.kept();  // not ours to remove
     return store::Status::ok;
   }
   if (type == fs::file_type::regular)
-    fs::permissions(temporary, fs::status(target, ec).permissions(), ec);
-  store::Status st = write_to(path, out, true, file_error);
+    fs::permissions(temporary.path(), fs::status(target, ec).permissions(), ec);
+  const store::Status st = write_to(path, std::move(out), true, file_error);
   if (st == store::Status::ok && file_error.empty()) {
-    fs::rename(temporary, target, ec);
-    if (!ec) return st;
-    file_error = "cannot rename " + temporary.string() + " to";
+    fs::rename(temporary.path(), target, ec);
+    if (!ec) {
+      temporary.kept();
+      return st;
+    }
+    file_error = "cannot rename " + temporary.path().string() + " to";
   }
   if (!file_error.empty()) file_error += std::string(" ") + file;
-  fs::remove(temporary, ec);
   return st;
 }
 

@@ -5,7 +5,9 @@
 // the file's own punctuation.
 #include <cstdint>
 #include <cstring>
+#include <filesystem>
 #include <functional>
+#include <memory>
 
 #include "platform/store_rules.h"
 #include "siblings/rsv/regfile.h"
@@ -345,10 +347,14 @@ Parsed parse(std::FILE *in, std::vector<store::KeyRecord> &records, size_t &bad_
 Parsed read_file(const char *file, std::vector<store::KeyRecord> &records, size_t &bad_line) {
   records.clear();
   bad_line = 0;
-  std::FILE *in = std::fopen(file, "rb");
+  const std::unique_ptr<std::FILE, int (*)(std::FILE *)> in(std::fopen(file, "rb"), std::fclose);
   if (in == nullptr) return Parsed::unreadable;
-  const Parsed p = parse(in, records, bad_line);
-  std::fclose(in);
+  // A regular file says its size: one too large is refused unread.
+  std::error_code ec;
+  if (std::filesystem::is_regular_file(file, ec) &&
+      std::filesystem::file_size(file, ec) > max_file_size && !ec)
+    return Parsed::too_large;
+  const Parsed p = parse(in.get(), records, bad_line);
   if (p != Parsed::ok) records.clear();
   return p;
 }
