@@ -191,15 +191,16 @@ TEST_F(RsvTest, RegFileImports) {
   uint32_t bad_line = 99;
   EXPECT_EQ(rsv_import_file(scratch("missing.reg").c_str(), &bad_line, AT), RSV_E_BAD_ARGUMENT);
   EXPECT_EQ(bad_line, 0u);
-  // REGEDIT4 is 8-bit text and its hex(2) bytes are the text itself; in a
-  // UTF-8 file the 3-byte form of U+DCFF is the byte 0xFF.
+  // REGEDIT4 is 8-bit text (every byte kept) and its hex(2) bytes are the
+  // text itself; in a UTF-8 file the 3-byte form of U+DCFF is the byte 0xFF.
   const std::string r4 =
-      "REGEDIT4\r\n\r\n[HKEY_LOCAL_MACHINE\\R4]\r\n\"caf\xE9\"=\"\xE9t\xE9\"\r\n"
+      "REGEDIT4\r\n[HKEY_LOCAL_MACHINE\\R4\xED\xB3\xBF]\r\n\"caf\xE9\"=\"\xE9t\xE9\"\r\n"
       "\"e\"=hex(2):25,41,25,00\r\n";
   ASSERT_EQ(rsv_import_file(write("r4.reg", r4).c_str(), nullptr, AT), RSV_OK);
-  EXPECT_EQ(data_of("HKEY_LOCAL_MACHINE\\R4", "caf\xE9"),
+  EXPECT_EQ(data_of("HKEY_LOCAL_MACHINE\\R4\xED\xB3\xBF", "caf\xE9"),
             std::make_pair(1u, std::string("\xE9t\xE9\0", 4)));
-  EXPECT_EQ(data_of("HKEY_LOCAL_MACHINE\\R4", "e"), std::make_pair(2u, std::string("%A%\0", 4)));
+  EXPECT_EQ(data_of("HKEY_LOCAL_MACHINE\\R4\xED\xB3\xBF", "e"),
+            std::make_pair(2u, std::string("%A%\0", 4)));
   const std::string u8 =
       "Windows Registry Editor Version 5.00\n[HKEY_LOCAL_MACHINE\\U8]\n"
       "\"\xED\xB3\xBF\xFE\"=\"\xC3\xA9\"\n";

@@ -82,8 +82,12 @@ store::Status export_file(const std::string &path, const char *file, std::string
   std::error_code ec;
   const fs::path named(file);
   const fs::file_type type = fs::status(named, ec).type();
-  if (type != fs::file_type::regular && type != fs::file_type::not_found) {
-    File out(std::fopen(file, "wb"), std::fclose);
+  const std::string_view name(file);
+  const bool device = name.rfind("/dev/", 0) == 0 || name.rfind("/proc/", 0) == 0;
+  if (device || (type != fs::file_type::regular && type != fs::file_type::not_found)) {
+    // Appending: /dev/stdout redirected to a file ("> f" or ">> f") must
+    // neither be truncated nor replaced behind the shell's back.
+    File out(std::fopen(file, "ab"), std::fclose);
     if (out == nullptr) {
       file_error = std::string("cannot open ") + file;
       return store::Status::ok;

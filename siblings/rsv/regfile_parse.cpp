@@ -76,8 +76,14 @@ class LineReader {
 
   size_t number() const { return number_; }
   Parsed failure() const { return failure_; }
-  // An 8-bit file (REGEDIT4): every byte stays a byte.
-  void eight_bit() { utf8_ = false; }
+  // An 8-bit file (REGEDIT4): every byte stays a byte, from the line last
+  // read (`last`, read ahead) on.
+  void eight_bit(std::u16string &last) {
+    utf8_ = false;
+    if (wide_ || number_ == 0) return;
+    line_units(bytes_, false, last);
+    if (!last.empty() && last.back() == u'\r') last.pop_back();
+  }
 
  private:
   static char16_t unit(const char *p) {
@@ -297,7 +303,7 @@ Parsed parse_lines(LineReader &reader, std::vector<store::KeyRecord> &records, s
     bad_line = number;
     if (!seen_header) {
       if (s == header_4) {
-        reader.eight_bit();
+        if (have_next) reader.eight_bit(next);
         wide_text = false;
       } else if (s != header_5) {
         return Parsed::malformed;
