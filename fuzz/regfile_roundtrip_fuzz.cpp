@@ -90,28 +90,23 @@ std::string export_of(const std::string &root, const std::string &file) {
   return {std::istreambuf_iterator<char>(in), {}};
 }
 
-// The subtree at `path` in pre-order: each key's path, subkeys and values.
-struct Key {
-  std::string path;
-  std::vector<std::string> subkeys;
+// The subtree at `path` in pre-order as one text: each key's path, values
+// (name, type, data) and subkey names, every field with its length.
+void dump(const std::string &path, std::string &out) {
   std::vector<store::Value> values;
-  bool operator==(const Key &o) const {
-    if (path != o.path || subkeys != o.subkeys || values.size() != o.values.size()) return false;
-    for (size_t i = 0; i < values.size(); ++i)
-      if (values[i].name != o.values[i].name || values[i].type != o.values[i].type ||
-          values[i].data != o.values[i].data)
-        return false;
-    return true;
-  }
-};
-
-void read_tree(const std::string &path, std::vector<Key> &tree) {
-  Key k{path, {}, {}};
-  if (store::list_values(path, k.values) != store::Status::ok ||
-      store::list_subkeys(path, k.subkeys) != store::Status::ok)
+  std::vector<std::string> subkeys;
+  if (store::list_values(path, values) != store::Status::ok ||
+      store::list_subkeys(path, subkeys) != store::Status::ok)
     std::abort();
-  tree.push_back(k);
-  for (const std::string &sub : k.subkeys) read_tree(path + "\\" + sub, tree);
+  const auto field = [&out](const std::string &s) { out += std::to_string(s.size()) + ":" + s; };
+  field(path);
+  for (const store::Value &v : values) {
+    field(v.name);
+    field(std::to_string(v.type));
+    field(v.data);
+  }
+  for (const std::string &sub : subkeys) field(sub);
+  for (const std::string &sub : subkeys) dump(path + "\\" + sub, out);
 }
 
 }  // namespace
@@ -124,6 +119,7 @@ extern "C" int LLVMFuzzerInitialize(int *, char ***) {
     for (const char *name : {"/a.db", "/a.db-wal", "/a.db-shm", "/b.db", "/b.db-wal", "/b.db-shm",
                              "/first.reg", "/second.reg"})
       unlink((scratch_dir + name).c_str());
+    rmdir(scratch_dir.c_str());
   });
   return 0;
 }
@@ -133,7 +129,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   const std::string &root = tree[0].path;
   const std::string a = scratch_dir + "/a.db", b = scratch_dir + "/b.db";
   setenv("KORVO_REGISTRY", a.c_str(), 1);
-  if (store::write_batch(tree) != store::Status::ok) std::abort();
+  if (store::write_batch(tree) != store::Status::ok) {
+    fprintf(stderr, "DBG %s\n", store::last_error().c_str());
+    std::abort();
+  }
   const std::string first = export_of(root, scratch_dir + "/first.reg");
   std::vector<store::KeyRecord> records;
   size_t bad_line = 0;
@@ -143,11 +142,11 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   setenv("KORVO_REGISTRY", b.c_str(), 1);
   if (store::write_batch(records) != store::Status::ok) std::abort();
   if (export_of(root, scratch_dir + "/second.reg") != first) std::abort();
-  std::vector<Key> in_b, in_a;
-  read_tree(root, in_b);
+  std::string in_b, in_a;
+  dump(root, in_b);
   store::delete_key(root);
   setenv("KORVO_REGISTRY", a.c_str(), 1);
-  read_tree(root, in_a);
+  dump(root, in_a);
   store::delete_key(root);
   if (in_a != in_b) std::abort();
   return 0;

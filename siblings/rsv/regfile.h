@@ -63,9 +63,10 @@ store::Status write(const std::string &path, std::FILE *out);
 // the store. A regular file (or a link to one, or a file not there yet) is
 // written beside it under a temporary name and renamed over it on success,
 // so a failed export leaves the old file as it was; it keeps the old file's
-// permissions. Anything else (a pipe, a terminal), and any name under /dev/
-// or /proc/ (/dev/stdout, whatever it is redirected to), is written
-// straight through, appending, so a redirection keeps its own meaning. A store failure gives its
+// permissions. Anything else (a pipe, a terminal), and the names of streams
+// the process has open (/dev/stdout, /dev/stderr, /dev/fd/N, /proc/...),
+// whatever they are redirected to, is written straight through, appending,
+// so a redirection keeps its own meaning. A store failure gives its
 // status; a file that cannot be written gives ok with `file_error` saying why (empty on success).
 store::Status export_file(const std::string &path, const char *file, std::string &file_error);
 

@@ -42,6 +42,12 @@ fs::path temporary_beside(const fs::path &target) {
   }
 }
 
+// Names of a stream the process already has open, whatever it leads to.
+bool open_stream(std::string_view name) {
+  return name == "/dev/stdout" || name == "/dev/stderr" || name.rfind("/dev/fd/", 0) == 0 ||
+         name.rfind("/proc/", 0) == 0;
+}
+
 using File = std::unique_ptr<std::FILE, int (*)(std::FILE *)>;
 
 // Writes the snapshot's subtree to `file` and closes it; ok with an empty
@@ -82,9 +88,7 @@ store::Status export_file(const std::string &path, const char *file, std::string
   std::error_code ec;
   const fs::path named(file);
   const fs::file_type type = fs::status(named, ec).type();
-  const std::string_view name(file);
-  const bool device = name.rfind("/dev/", 0) == 0 || name.rfind("/proc/", 0) == 0;
-  if (device || (type != fs::file_type::regular && type != fs::file_type::not_found)) {
+  if (open_stream(file) || (type != fs::file_type::regular && type != fs::file_type::not_found)) {
     // Appending: /dev/stdout redirected to a file ("> f" or ">> f") must
     // neither be truncated nor replaced behind the shell's back.
     File out(std::fopen(file, "ab"), std::fclose);

@@ -160,9 +160,10 @@ RSV_API uint16_t rsv_list_names(const char *key, int32_t kind, rsv_name_func fun
  * link to one, or a name not there yet) is written under a temporary name
  * beside it and renamed over it on success, keeping its permissions, so a
  * failed export leaves an old file whole; anything else (a pipe, a
- * terminal), and any name under /dev/ or /proc/ such as /dev/stdout, is
- * written straight through, appending (a shell's "> f" or ">> f" keeps its
- * meaning). A file that cannot be written gives RSV_E_STORE. */
+ * terminal), and /dev/stdout, /dev/stderr, /dev/fd/N and /proc/... names
+ * whatever they lead to, is written straight through, appending (a shell's
+ * "> f" or ">> f" keeps its meaning). A file that cannot be written gives
+ * RSV_E_STORE. */
 RSV_API uint16_t rsv_export_file(const char *key, const char *file, const char *module,
                                  int32_t line);
 
