@@ -18,8 +18,9 @@
  * KORVO_REGISTRY_BUSY_TIMEOUT milliseconds (default 10000) for a store that
  * another writer holds, then fails with RSV_E_STORE ("store busy"). A store
  * file found damaged fails the call with RSV_E_STORE, never a shorter
- * answer. Values cannot be set on a root key (RSV_E_BAD_ARGUMENT). Names are case-insensitive and
- * keep their case; a key name has at most 255 characters, a path at most 512 levels. */
+ * answer. Values cannot be set on a root key, nor is one deleted (RSV_E_BAD_ARGUMENT). Names are
+ * case-insensitive and keep their case; a key name has at most 255 characters, a path at most 512
+ * levels. */
 #ifndef KORUTL_SIBLINGS_RSV_H
 #define KORUTL_SIBLINGS_RSV_H
 
