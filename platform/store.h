@@ -12,6 +12,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -23,7 +24,7 @@ namespace korutl::store {
 enum class Status {
   ok,
   no_key,       // the key (or the store file) does not exist
-  root_value,   // values cannot be set on a root key
+  root_value,   // a root key holds no values and is never removed
   no_value,     // the key exists, the value does not
   bad_name,     // empty path component, name over 255 characters, depth over 512
   too_large,    // value data over max_value_size
@@ -100,6 +101,9 @@ Status delete_key(std::string_view path);
 // Subkey names in case-insensitive order; values in first-set order.
 Status list_subkeys(std::string_view path, std::vector<std::string> &names);
 Status list_values(std::string_view path, std::vector<Value> &values);
+// list_values one value at a time, never holding them all (for streaming);
+// on_value may take the value's contents.
+Status for_each_value(std::string_view path, const std::function<void(Value &)> &on_value);
 
 // One whole tree written in a single transaction: a key with its values.
 struct KeyRecord {

@@ -23,8 +23,16 @@ bool split_key_path(std::string_view path, std::vector<std::string_view> &parts)
 
 namespace korutl::store {
 
+bool is_root_key(std::string_view path) {
+  return !path.empty() && path.find('\\') == std::string_view::npos;
+}
+
+Status check_key_removal(std::string_view path) {
+  return is_root_key(path) ? Status::root_value : Status::ok;
+}
+
 Status check_value(std::string_view path, std::string_view name, std::string_view data) {
-  if (!path.empty() && path.find('\\') == std::string_view::npos) return Status::root_value;
+  if (is_root_key(path)) return Status::root_value;
   if (name.size() > max_value_name_length) return Status::bad_name;
   if (data.size() > max_value_size) return Status::too_large;
   return Status::ok;

@@ -18,6 +18,13 @@ namespace korutl::store {
 // max_name_length characters or more than max_depth levels.
 bool split_key_path(std::string_view path, std::vector<std::string_view> &parts);
 
+// Whether `path` names a root key (one name, no backslash).
+bool is_root_key(std::string_view path);
+
+// Whether the key `path` may be removed: root_value for a root key, which
+// stays (as the system registry refuses to delete one), else ok.
+Status check_key_removal(std::string_view path);
+
 // Whether a value may be set under the key `path`: root_value for a root
 // key (as the system registry refuses values there), bad_name for a value
 // name over max_value_name_length, too_large for data over max_value_size,

@@ -27,6 +27,8 @@ super=$(id -un)
 
 case "$action" in
   start)
+    # A cluster left behind by an interrupted run is thrown away first.
+    "$0" stop "$dir"
     mkdir -p "$dir"
     if [ -z "$bin" ] || [ ! -x "$bin/initdb" ]; then
       echo "PostgreSQL is not installed: install the Debian packages postgresql and libpq-dev" \

@@ -1,5 +1,7 @@
 // The registry service: keys and values, name rules, buffer sizes, path
-// limits, and .reg files in and out.
+// limits, and .reg files in and out (that every tree, whatever bytes it
+// holds, comes back from its export is fuzz/regfile_roundtrip_fuzz.cpp's,
+// whose seeds run as tests).
 #include "siblings/rsv/rsv.h"
 
 #include <gtest/gtest.h>
@@ -24,10 +26,21 @@ class RsvTest : public korutl_test::TempStore {
     std::ofstream(scratch(name), std::ios::binary) << text;
     return scratch(name);
   }
-  std::string export_all() {
-    EXPECT_EQ(rsv_export_file("HKEY_LOCAL_MACHINE", scratch("export.reg").c_str(), AT), RSV_OK);
+  std::string export_all(const char *key = "HKEY_LOCAL_MACHINE") {
+    EXPECT_EQ(rsv_export_file(key, scratch("export.reg").c_str(), AT), RSV_OK);
     std::ifstream in(scratch("export.reg"), std::ios::binary);
     return {std::istreambuf_iterator<char>(in), {}};
+  }
+  // Deletes every key below the root, which itself stays (and refuses to go).
+  static void empty_tree() {
+    ASSERT_EQ(rsv_delete_key("HKEY_LOCAL_MACHINE", AT), RSV_E_BAD_ARGUMENT);
+    const auto drop = [](const char *name, void *) -> int32_t {
+      return rsv_delete_key(("HKEY_LOCAL_MACHINE\\" + std::string(name)).c_str(), AT);
+    };
+    ASSERT_EQ(rsv_list_names("HKEY_LOCAL_MACHINE", RSV_LIST_SUBKEYS, drop, nullptr, AT), RSV_OK);
+    uint16_t left = 1;
+    ASSERT_EQ(rsv_query_key("HKEY_LOCAL_MACHINE", &left, nullptr, AT), RSV_OK);
+    ASSERT_EQ(left, 0);
   }
 };
 
@@ -48,6 +61,15 @@ std::string text_of(const std::string &key, const char *name) {
   char buf[64];
   uint16_t len = sizeof buf;
   return rsv_get_value(key.c_str(), name, buf, &len, AT) == RSV_OK ? buf : "<unread>";
+}
+
+// A value's type and bytes.
+std::pair<uint32_t, std::string> data_of(const std::string &key, const char *name) {
+  uint32_t type = 0, size = 0;
+  if (rsv_get_value_ex(key.c_str(), name, &type, nullptr, &size, AT) != RSV_OK) return {};
+  std::string data(size, '\0');
+  if (rsv_get_value_ex(key.c_str(), name, &type, data.data(), &size, AT) != RSV_OK) return {};
+  return {type, data};
 }
 
 TEST_F(RsvTest, KeysAndValues) {
@@ -121,7 +143,7 @@ TEST_F(RsvTest, KeysAndValues) {
   const std::string first = export_all();
   ASSERT_EQ(first.substr(0, 2), "\xFF\xFE");
   const std::string saved = write("saved.reg", first);
-  ASSERT_EQ(rsv_delete_key("HKEY_LOCAL_MACHINE", AT), RSV_OK);
+  empty_tree();
   ASSERT_EQ(rsv_import_file(saved.c_str(), nullptr, AT), RSV_OK);
   EXPECT_EQ(export_all(), first);
   EXPECT_EQ(text_of(root + "\\Products\\Orrery\\Versions\\2.10", "Description"),
@@ -156,8 +178,9 @@ TEST_F(RsvTest, RegFileImports) {
   const std::string head =
       "Windows Registry Editor Version 5.00\n[HKEY_LOCAL_MACHINE\\New]\n\"ok\"=\"1\"\n";
   for (const auto &[text, line] :
-       {std::pair<std::string, uint32_t>{"REGEDIT4\n", 1},
+       {std::pair<std::string, uint32_t>{"REGEDIT 4\n", 1},
         {head + "\"n\"=dword:123\n", 4},
+        {head + "\n[-HKEY_LOCAL_MACHINE]\n", 5},
         {head + "\"n\"=hex:01,\\\n  02,\n", 4},
         {head + "[HKEY_LOCAL_MACHINE\n", 4},
         {"Windows Registry Editor Version 5.00\n\"orphan\"=\"1\"\n", 2}}) {
@@ -170,6 +193,22 @@ TEST_F(RsvTest, RegFileImports) {
   uint32_t bad_line = 99;
   EXPECT_EQ(rsv_import_file(scratch("missing.reg").c_str(), &bad_line, AT), RSV_E_BAD_ARGUMENT);
   EXPECT_EQ(bad_line, 0u);
+  // REGEDIT4 is 8-bit text (every byte kept) and its hex(2) bytes are the
+  // text itself; in a UTF-8 file the 3-byte form of U+DCFF is the byte 0xFF.
+  const std::string r4 =
+      "REGEDIT4\r\n[HKEY_LOCAL_MACHINE\\R4\xED\xB3\xBF]\r\n\"caf\xE9\"=\"\xE9t\xE9\"\r\n"
+      "\"e\"=hex(2):25,41,25,00\r\n";
+  ASSERT_EQ(rsv_import_file(write("r4.reg", r4).c_str(), nullptr, AT), RSV_OK);
+  EXPECT_EQ(data_of("HKEY_LOCAL_MACHINE\\R4\xED\xB3\xBF", "caf\xE9"),
+            std::make_pair(1u, std::string("\xE9t\xE9\0", 4)));
+  EXPECT_EQ(data_of("HKEY_LOCAL_MACHINE\\R4\xED\xB3\xBF", "e"),
+            std::make_pair(2u, std::string("%A%\0", 4)));
+  const std::string u8 =
+      "Windows Registry Editor Version 5.00\n[HKEY_LOCAL_MACHINE\\U8]\n"
+      "\"\xED\xB3\xBF\xFE\"=\"\xC3\xA9\"\n";
+  ASSERT_EQ(rsv_import_file(write("u8.reg", u8).c_str(), nullptr, AT), RSV_OK);
+  EXPECT_EQ(data_of("HKEY_LOCAL_MACHINE\\U8", "\xFF\xFE"),
+            std::make_pair(1u, std::string("\xC3\xA9\0", 3)));
 }
 
 }  // namespace

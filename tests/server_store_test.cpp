@@ -137,7 +137,7 @@ TEST_F(ServerStore, HostsKeepTheirOwnTreesAndTheFleetIsQueriedAcross) {
   ASSERT_EQ(rsv_import_file(scratch("a.reg").c_str(), nullptr, AT), RSV_OK);
   ASSERT_EQ(rsv_export_file(base.c_str(), scratch("b.reg").c_str(), AT), RSV_OK);
   EXPECT_EQ(read_file(scratch("b.reg")), read_file(scratch("a.reg")));
-  ASSERT_EQ(rsv_delete_key("HKEY_LOCAL_MACHINE", AT), RSV_OK);
+  ASSERT_EQ(rsv_delete_key("HKEY_LOCAL_MACHINE\\SOFTWARE", AT), RSV_OK);
   ASSERT_EQ(rsv_set_host(nullptr, AT), RSV_OK);
 }
 
@@ -178,9 +178,9 @@ TEST_F(ServerStore, AHostsRoleWritesItsOwnTreeOnly) {
   EXPECT_EQ(bytes_of(base, "v"), other + std::string(1, '\0'));
   ASSERT_EQ(rsv_set_host(host().c_str(), AT), RSV_OK);
   EXPECT_EQ(bytes_of(base, "v"), std::string("mine", 5));
-  rsv_delete_key("HKEY_LOCAL_MACHINE", AT);
+  rsv_delete_key("HKEY_LOCAL_MACHINE\\SOFTWARE", AT);
   ASSERT_EQ(rsv_set_host(other.c_str(), AT), RSV_OK);
-  rsv_delete_key("HKEY_LOCAL_MACHINE", AT);
+  rsv_delete_key("HKEY_LOCAL_MACHINE\\SOFTWARE", AT);
   ASSERT_EQ(rsv_set_host(nullptr, AT), RSV_OK);
 }
 
@@ -303,7 +303,7 @@ TEST_F(ServerStore, ProcessesOfSeveralHostsWritingTheSameKeysKeepTheTreesApart) 
     uint16_t values = 0;
     ASSERT_EQ(rsv_query_key((base + "\\Last").c_str(), nullptr, &values, AT), RSV_OK);
     EXPECT_EQ(values, processes / 2);
-    rsv_delete_key("HKEY_LOCAL_MACHINE", AT);
+    rsv_delete_key("HKEY_LOCAL_MACHINE\\SOFTWARE", AT);
   }
   ASSERT_EQ(rsv_set_host(nullptr, AT), RSV_OK);
 }

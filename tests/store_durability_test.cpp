@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 #include <signal.h>
 #include <sqlite3.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -341,6 +342,67 @@ TEST_F(DurabilityTest, StoreFilesArePrivateAndRootsHoldNoValues) {
   uint16_t values = 1;
   EXPECT_EQ(rsv_query_key("HKEY_LOCAL_MACHINE", nullptr, &values, AT), RSV_OK);
   EXPECT_EQ(values, 0u);
+}
+
+// ---- Backups: a file replaced whole or not at all; pipes and devices.
+
+std::string contents(const std::string &file) {
+  std::ifstream in(file, std::ios::binary);
+  return {std::istreambuf_iterator<char>(in), {}};
+}
+
+TEST_F(DurabilityTest, ExportReplacesAFileOnlyWhenWhole) {
+  ASSERT_EQ(rsv_create_key(base.c_str(), AT), RSV_OK);
+  ASSERT_EQ(rsv_set_value(base.c_str(), "v", std::string(20000, 'x').c_str(), AT), RSV_OK);
+  const std::string backup = scratch("backup.reg"), link = scratch("link.reg");
+  std::ofstream(backup) << "good";
+  ASSERT_EQ(chmod(backup.c_str(), 0640), 0);
+  ASSERT_EQ(symlink(backup.c_str(), link.c_str()), 0);
+  // A missing key, and a write that fails midway (past the file size
+  // limit), leave the old file as it was and nothing beside it.
+  EXPECT_EQ(rsv_export_file((base + "\\absent").c_str(), link.c_str(), AT), RSV_E_NO_KEY);
+  rlimit old{};
+  ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &old), 0);
+  rlimit small = old;
+  small.rlim_cur = 4096;
+  signal(SIGXFSZ, SIG_IGN);
+  ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &small), 0);
+  const uint16_t cut = rsv_export_file(base.c_str(), link.c_str(), AT);
+  setrlimit(RLIMIT_FSIZE, &old);
+  signal(SIGXFSZ, SIG_DFL);
+  EXPECT_EQ(cut, RSV_E_STORE);
+  EXPECT_EQ(contents(backup), "good");
+  size_t entries = 0;
+  for ([[maybe_unused]] const auto &e : std::filesystem::directory_iterator(scratch(""))) ++entries;
+  EXPECT_EQ(entries, 3u) << "store folder, backup, link";
+  // Done, it replaces the file behind the link and keeps its mode.
+  ASSERT_EQ(rsv_export_file(base.c_str(), link.c_str(), AT), RSV_OK);
+  EXPECT_TRUE(std::filesystem::is_symlink(link));
+  struct stat st {};
+  ASSERT_EQ(stat(backup.c_str(), &st), 0);
+  EXPECT_EQ(st.st_mode & 0777, 0640u);
+  EXPECT_GT(contents(backup).size(), 40000u);
+  // Anything else is written straight through.
+  EXPECT_EQ(rsv_export_file(base.c_str(), "/dev/full", AT), RSV_E_STORE);
+}
+
+TEST_F(DurabilityTest, ImportReadsPipesAndStopsDevicesAtTheLimit) {
+  uint32_t bad_line = 99;
+  EXPECT_EQ(rsv_import_file("/dev/zero", &bad_line, AT), RSV_E_BAD_ARGUMENT);
+  EXPECT_EQ(bad_line, 0u);
+  const std::string fifo = scratch("pipe.reg");
+  ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
+  std::thread writer([&] {
+    std::ofstream(fifo) << "Windows Registry Editor Version 5.00\n[" << base
+                        << "]\n\"p\"=\"piped\"\n";
+  });
+  EXPECT_EQ(rsv_import_file(fifo.c_str(), nullptr, AT), RSV_OK);
+  writer.join();
+  std::string exported;
+  std::thread reader([&] { exported = contents(fifo); });
+  EXPECT_EQ(rsv_export_file(base.c_str(), fifo.c_str(), AT), RSV_OK);
+  reader.join();
+  EXPECT_NE(exported.find(std::string("p\0i\0p\0e\0d\0", 10)), std::string::npos);
 }
 
 }  // namespace

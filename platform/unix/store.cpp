@@ -229,10 +229,16 @@ Status list_subkeys(std::string_view path, std::vector<std::string> &names) {
 
 Status list_values(std::string_view path, std::vector<Value> &values) {
   values.clear();
+  return for_each_value(path, [&](Value &v) { values.push_back(std::move(v)); });
+}
+
+Status for_each_value(std::string_view path, const std::function<void(Value &)> &on_value) {
+  Value v;
   return for_each_row(
       path, "SELECT name, type, data FROM vals WHERE key = ?1 ORDER BY id", [&](sqlite3_stmt *row) {
-        values.push_back({column_bytes(row, 0), static_cast<uint32_t>(sqlite3_column_int64(row, 1)),
-                          column_bytes(row, 2)});
+        v = {column_bytes(row, 0), static_cast<uint32_t>(sqlite3_column_int64(row, 1)),
+             column_bytes(row, 2)};
+        on_value(v);
       });
 }
 

@@ -7,6 +7,7 @@
 #ifndef KORUTL_PLATFORM_UNIX_STORE_BACKEND_H
 #define KORUTL_PLATFORM_UNIX_STORE_BACKEND_H
 
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -15,19 +16,20 @@
 #include "platform/store_hosts.h"
 
 // The operations each backend implements, as store.h documents them.
-#define KORUTL_STORE_BACKEND_OPERATIONS                                         \
-  const std::string &last_error();                                              \
-  Status begin_snapshot();                                                      \
-  Status end_snapshot();                                                        \
-  Status query_key(std::string_view path, uint32_t *subkeys, uint32_t *values); \
-  Status get_value(std::string_view path, std::string_view name, Value &out);   \
-  Status set_value(std::string_view path, std::string_view name, uint32_t type, \
-                   std::string_view data);                                      \
-  Status delete_value(std::string_view path, std::string_view name);            \
-  Status create_key(std::string_view path, bool *created);                      \
-  Status delete_key(std::string_view path);                                     \
-  Status list_subkeys(std::string_view path, std::vector<std::string> &names);  \
-  Status list_values(std::string_view path, std::vector<Value> &values);        \
+#define KORUTL_STORE_BACKEND_OPERATIONS                                                       \
+  const std::string &last_error();                                                            \
+  Status begin_snapshot();                                                                    \
+  Status end_snapshot();                                                                      \
+  Status query_key(std::string_view path, uint32_t *subkeys, uint32_t *values);               \
+  Status get_value(std::string_view path, std::string_view name, Value &out);                 \
+  Status set_value(std::string_view path, std::string_view name, uint32_t type,               \
+                   std::string_view data);                                                    \
+  Status delete_value(std::string_view path, std::string_view name);                          \
+  Status create_key(std::string_view path, bool *created);                                    \
+  Status delete_key(std::string_view path);                                                   \
+  Status list_subkeys(std::string_view path, std::vector<std::string> &names);                \
+  Status list_values(std::string_view path, std::vector<Value> &values);                      \
+  Status for_each_value(std::string_view path, const std::function<void(Value &)> &on_value); \
   Status write_batch(const std::vector<KeyRecord> &records);
 
 namespace korutl::store::sqlite {

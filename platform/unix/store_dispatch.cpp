@@ -88,6 +88,10 @@ Status list_values(std::string_view path, std::vector<Value> &values) {
   return KORUTL_FORWARD(list_values(path, values));
 }
 
+Status for_each_value(std::string_view path, const std::function<void(Value &)> &on_value) {
+  return KORUTL_FORWARD(for_each_value(path, on_value));
+}
+
 Status write_batch(const std::vector<KeyRecord> &records) {
   return KORUTL_FORWARD(write_batch(records));
 }

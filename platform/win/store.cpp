@@ -242,8 +242,12 @@ Status list_subkeys(std::string_view path, std::vector<std::string> &names) {
 }
 
 Status list_values(std::string_view path, std::vector<Value> &values) {
-  note_read(path);
   values.clear();
+  return for_each_value(path, [&](Value &v) { values.push_back(std::move(v)); });
+}
+
+Status for_each_value(std::string_view path, const std::function<void(Value &)> &on_value) {
+  note_read(path);
   OpenKey key;
   if (const Status st = key.open(path, KEY_READ); st != Status::ok) return st;
   DWORD name_max = 0, data_max = 0;
@@ -263,7 +267,7 @@ Status list_values(std::string_view path, std::vector<Value> &values) {
     v.name.assign(name.data(), name_length);
     v.type = type;
     v.data.resize(size);
-    values.push_back(std::move(v));
+    on_value(v);
   }
   return Status::ok;
 }

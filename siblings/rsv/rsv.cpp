@@ -6,12 +6,11 @@
 #include <atomic>
 #include <cstdio>
 #include <cstring>
-#include <fstream>
-#include <iterator>
 #include <string>
 
 #include "platform/store.h"
 #include "platform/store_hosts.h"
+#include "platform/store_rules.h"
 #include "siblings/rsv/regfile.h"
 #include "siblings/trace_line.h"
 #include "utl/no_throw.h"
@@ -59,7 +58,8 @@ uint16_t traced_status(store::Status st, const char *operation, const char *key,
     case store::Status::bad_name:
       return fail(RSV_E_BAD_ARGUMENT, operation, module, line, "bad key or value name");
     case store::Status::root_value:
-      return fail(RSV_E_BAD_ARGUMENT, operation, module, line, "no values on a root key");
+      return fail(RSV_E_BAD_ARGUMENT, operation, module, line,
+                  "no values on a root key, and it stays");
     case store::Status::too_large:
       return fail(RSV_E_TOO_LONG, operation, module, line, "value too large");
     case store::Status::store_error:
@@ -212,7 +212,9 @@ RSV_API uint16_t rsv_end_snapshot(const char *module, int32_t line) {
 RSV_API uint16_t rsv_delete_key(const char *key, const char *module, int32_t line) {
   return run_guarded("delete_key", module, line, [&]() -> uint16_t {
     if (key == nullptr) return bad_argument("delete_key", module, line);
-    return traced_status(store::delete_key(key), "delete_key", key, module, line);
+    store::Status st = store::check_key_removal(key);
+    if (st == store::Status::ok) st = store::delete_key(key);
+    return traced_status(st, "delete_key", key, module, line);
   });
 }
 
@@ -272,16 +274,10 @@ RSV_API uint16_t rsv_export_file(const char *key, const char *file, const char *
                                  int32_t line) {
   return run_guarded("export_file", module, line, [&]() -> uint16_t {
     if (key == nullptr || file == nullptr) return bad_argument("export_file", module, line);
-    std::string text;
-    store::Status st;
-    {
-      const store::SnapshotScope snapshot;  // one committed state, whole or not at all
-      st = korutl::regfile::write(key, text);
-    }
+    std::string file_error;
+    const store::Status st = korutl::regfile::export_file(key, file, file_error);
     if (st != store::Status::ok) return traced_status(st, "export_file", key, module, line);
-    std::ofstream out(file, std::ios::binary | std::ios::trunc);
-    if (!out.write(text.data(), static_cast<std::streamsize>(text.size())) || !out.flush())
-      return fail(RSV_E_STORE, "export_file", module, line, std::string("cannot write ") + file);
+    if (!file_error.empty()) return fail(RSV_E_STORE, "export_file", module, line, file_error);
     return RSV_OK;
   });
 }
@@ -291,19 +287,22 @@ RSV_API uint16_t rsv_import_file(const char *file, uint32_t *bad_line, const cha
   return run_guarded("import_file", module, line, [&]() -> uint16_t {
     if (bad_line != nullptr) *bad_line = 0;
     if (file == nullptr) return bad_argument("import_file", module, line);
-    constexpr std::streamoff max_file = 64 << 20;
-    std::ifstream in(file, std::ios::binary | std::ios::ate);
-    if (!in || in.tellg() > max_file)
-      return fail(RSV_E_BAD_ARGUMENT, "import_file", module, line,
-                  std::string("cannot read ") + file);
-    in.seekg(0);
-    const std::string text((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
     std::vector<store::KeyRecord> records;
     size_t wrong = 0;
-    if (!korutl::regfile::parse(text, records, wrong)) {
-      if (bad_line != nullptr) *bad_line = static_cast<uint32_t>(wrong);
-      return fail(RSV_E_BAD_ARGUMENT, "import_file", module, line,
-                  std::string(file) + ":" + std::to_string(wrong) + ": malformed line");
+    switch (korutl::regfile::read_file(file, records, wrong)) {
+      case korutl::regfile::Parsed::ok:
+        break;
+      case korutl::regfile::Parsed::malformed:
+        if (bad_line != nullptr) *bad_line = static_cast<uint32_t>(wrong);
+        return fail(RSV_E_BAD_ARGUMENT, "import_file", module, line,
+                    std::string(file) + ":" + std::to_string(wrong) + ": malformed line");
+      case korutl::regfile::Parsed::unreadable:
+        return fail(RSV_E_BAD_ARGUMENT, "import_file", module, line,
+                    std::string("cannot read ") + file);
+      case korutl::regfile::Parsed::too_large:
+        return fail(RSV_E_BAD_ARGUMENT, "import_file", module, line,
+                    std::string(file) + ": larger than " +
+                        std::to_string(korutl::regfile::max_file_size >> 20) + " MiB");
     }
     return traced_status(store::write_batch(records), "import_file", file, module, line);
   });

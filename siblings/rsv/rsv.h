@@ -18,8 +18,9 @@
  * KORVO_REGISTRY_BUSY_TIMEOUT milliseconds (default 10000) for a store that
  * another writer holds, then fails with RSV_E_STORE ("store busy"). A store
  * file found damaged fails the call with RSV_E_STORE, never a shorter
- * answer. Values cannot be set on a root key (RSV_E_BAD_ARGUMENT). Names are case-insensitive and
- * keep their case; a key name has at most 255 characters, a path at most 512 levels. */
+ * answer. Values cannot be set on a root key, nor is one deleted (RSV_E_BAD_ARGUMENT). Names are
+ * case-insensitive and keep their case; a key name has at most 255 characters, a path at most 512
+ * levels. */
 #ifndef KORUTL_SIBLINGS_RSV_H
 #define KORUTL_SIBLINGS_RSV_H
 
@@ -109,7 +110,9 @@ RSV_API uint16_t rsv_create_key(const char *key, const char *module, int32_t lin
 RSV_API uint16_t rsv_create_key_ex(const char *key, uint8_t *created, const char *module,
                                    int32_t line);
 
-/* Removes the key with its values and its whole subtree. */
+/* Removes the key with its values and its whole subtree. A root key (a
+ * path of one name, such as "HKEY_LOCAL_MACHINE") is never removed, as the
+ * system registry refuses it: RSV_E_BAD_ARGUMENT, nothing changes. */
 RSV_API uint16_t rsv_delete_key(const char *key, const char *module, int32_t line);
 
 /* Bytes of the name slots of rsv_enum_subkeys and rsv_enum_values. */
@@ -146,15 +149,37 @@ RSV_API uint16_t rsv_list_names(const char *key, int32_t kind, rsv_name_func fun
                                 const char *module, int32_t line);
 
 /* Writes the key and its subtree to `file` in the registry editor's .reg
- * format (version 5.00, UTF-16LE with a byte-order mark). */
+ * format (version 5.00, UTF-16LE with a byte-order mark, CRLF), from one
+ * committed state of the tree, streamed: memory holds one value at a time
+ * and the subkey names on the way down, never the file. Every tree the store holds exports, and
+ * rsv_import_file gives it back exactly: bytes of a name or text that are not UTF-8, and NUL, LF
+ * and CR in a name, are written as the lone surrogates U+DC00 + byte (a
+ * leading "-" of a root name as U+DC2D); a REG_SZ the quoted form cannot
+ * give back exactly (no single terminating zero, another zero, CR or LF)
+ * is written as hex(1) of its UTF-16LE form, REG_EXPAND_SZ and
+ * REG_MULTI_SZ always as hex(2) and hex(7) of theirs. A regular file (or a
+ * link to one, or a name not there yet) is written under a temporary name
+ * beside it and renamed over it on success, keeping its permissions, so a
+ * failed export leaves an old file whole; anything else (a pipe, a
+ * terminal), and /dev/stdout, /dev/stderr, /dev/fd/N and /proc/... names
+ * whatever they lead to, is written straight through, appending (a shell's
+ * "> f" or ">> f" keeps its meaning). A file that cannot be written gives
+ * RSV_E_STORE. */
 RSV_API uint16_t rsv_export_file(const char *key, const char *file, const char *module,
                                  int32_t line);
 
-/* Reads a .reg file (UTF-16LE with a byte-order mark, or UTF-8) and applies
- * it in one transaction: keys are created, "[-key]" deletes a subtree,
- * "name"=- deletes a value. A malformed file changes nothing: the result is
+/* Reads a .reg file and applies it in one transaction: keys are created,
+ * "[-key]" deletes a subtree, "name"=- deletes a value. Files: version 5.00
+ * (UTF-16LE with a byte-order mark, or UTF-8; hex(1), hex(2), hex(7) data
+ * is UTF-16LE) or REGEDIT4 (8-bit text; all bytes kept as they are). A lone
+ * U+DC00..U+DCFF stands for one byte, as rsv_export_file writes them (in
+ * UTF-8 files also in its 3-byte form). A malformed file changes nothing:
  * RSV_E_BAD_ARGUMENT and *bad_line (may be null) receives the 1-based line
- * at fault (0 when the file cannot be read; files over 64 MiB are refused). */
+ * at fault; deleting a root key ("[-HKEY_LOCAL_MACHINE]") is such a line.
+ * A file that cannot be read, or holds more than 64 MiB (counted while
+ * reading, so devices and pipes such as /dev/stdin work and /dev/zero
+ * stops there), gives RSV_E_BAD_ARGUMENT with *bad_line 0. Memory: the
+ * parsed tree, about the file's size, not the file itself. */
 RSV_API uint16_t rsv_import_file(const char *file, uint32_t *bad_line, const char *module,
                                  int32_t line);
 

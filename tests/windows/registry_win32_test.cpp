@@ -44,10 +44,11 @@ TEST_F(SystemRegistry, AllDoorsSeeOneTree) {
   EXPECT_EQ(type, DWORD{REG_SZ});
   EXPECT_STREQ(text, "rsv");
   RegCloseKey(key);
-  ASSERT_EQ(rsv_delete_key("HKEY_LOCAL_MACHINE", AT), RSV_OK) << "empties the root";
+  EXPECT_EQ(rsv_delete_key("HKEY_LOCAL_MACHINE", AT), RSV_E_BAD_ARGUMENT) << "a root stays";
+  ASSERT_EQ(rsv_delete_key("HKEY_LOCAL_MACHINE\\SOFTWARE", AT), RSV_OK);
   EXPECT_EQ(RegOpenKeyExA(HKEY_LOCAL_MACHINE, sub.c_str(), 0, KEY_READ, &key),
             ERROR_FILE_NOT_FOUND);
-  // A root stays when emptied; unknown roots are empty.
+  // Unknown roots are empty.
   EXPECT_EQ(rsv_query_key("HKEY_NOWHERE\\SOFTWARE", nullptr, nullptr, AT), RSV_E_NO_KEY);
   EXPECT_EQ(rsv_create_key("HKEY_NOWHERE\\SOFTWARE", AT), RSV_E_BAD_ARGUMENT);
   uint16_t subkeys = 1;

@@ -264,9 +264,16 @@ Status list_subkeys(std::string_view path, std::vector<std::string> &names) {
 
 Status list_values(std::string_view path, std::vector<Value> &values) {
   values.clear();
+  return for_each_value(path, [&](Value &v) { values.push_back(std::move(v)); });
+}
+
+// The server hands a statement's rows over whole; they are passed on one
+// value at a time all the same, so that the caller holds one at once.
+Status for_each_value(std::string_view path, const std::function<void(Value &)> &on_value) {
+  Value v;
   return for_each_row(path, list_values_sql, [&](const PGresult *r, int i) {
-    values.push_back(
-        {bytes_at(r, i, 0), static_cast<uint32_t>(int8_at(r, i, 1)), bytes_at(r, i, 2)});
+    v = {bytes_at(r, i, 0), static_cast<uint32_t>(int8_at(r, i, 1)), bytes_at(r, i, 2)};
+    on_value(v);
   });
 }
 
