@@ -17,6 +17,7 @@
 #include "readconfig/cfg_paths.h"
 #include "siblings/oss/oss.h"
 #include "siblings/rsv/rsv.h"
+#include "utl/rsv_names.h"
 #include "utl/version.h"
 
 namespace {
@@ -167,7 +168,12 @@ Outcome resolve(KORVOStack *cache, const char *objectId, const std::string &requ
   request.cache = cache;
   request.language = requested;
   fill_request(request, id.get());
-  outcome.library = find_library(request, requested);
+  {
+    // The chain's reads in one read transaction of the store: one state
+    // of the tree, without a transaction of its own for each read.
+    const korutl::RsvSnapshot snapshot(kModule, __LINE__);
+    outcome.library = find_library(request, requested);
+  }
   outcome.product = request.product;
   outcome.repeatable = request.repeatable;
   return outcome;
