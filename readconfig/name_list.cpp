@@ -22,23 +22,28 @@ namespace {
 
 bool is_digit(char c) { return c >= '0' && c <= '9'; }
 
+uint32_t combine(const uint32_t (&part)[4]) {
+  return ((part[0] * 100u + part[1]) * 1000u + part[2]) * 1000u + part[3];
+}
+
 }  // namespace
 
 uint32_t VersionSortKey(const char *name) {
-  if (name == nullptr) return 0;
   uint32_t part[4] = {0, 0, 0, 0};
-  int found = 0;
-  for (const char *p = name; *p != '\0' && found < 4;) {
-    if (!is_digit(*p)) {
+  if (name == nullptr) return 0;
+  const char *p = name;
+  for (uint32_t &found : part) {
+    while (!is_digit(*p)) {
+      if (*p == '\0') return combine(part);
       ++p;
-      continue;
     }
-    // Held at 2^32 once past it, which counts as 4294967295.
+    // Stops growing once past 32 bits, which counts as 4294967295.
     uint64_t run = 0;
-    for (; is_digit(*p); ++p) run = std::min<uint64_t>(run * 10 + uint64_t(*p - '0'), 1ull << 32);
-    part[found++] = static_cast<uint32_t>(std::min<uint64_t>(run, UINT32_MAX));
+    for (; is_digit(*p); ++p)
+      if (run <= UINT32_MAX) run = run * 10 + static_cast<uint64_t>(*p - '0');
+    found = run > UINT32_MAX ? UINT32_MAX : static_cast<uint32_t>(run);
   }
-  return ((part[0] * 100u + part[1]) * 1000u + part[2]) * 1000u + part[3];
+  return combine(part);
 }
 
 int CompareVersionsDescending(const void *a, const void *b) {
@@ -49,19 +54,15 @@ int CompareVersionsDescending(const void *a, const void *b) {
 
 namespace {
 
-// A name as the service handed it out: its version key, computed once,
-// and where its text lies in the collected texts.
-struct ListedName {
-  uint32_t key;
-  uint32_t offset;
-  uint16_t length;
-};
-
-// The names of a listing, each text followed by its zero; at most 65535
-// of them, as a key's count reports at most that many.
+// The names of a listing, each text followed by its zero, and for each its
+// place in the version order: the complement of its key (computed once)
+// above the offset of its text, so that ascending order is greatest key
+// first and, among equal keys, the service's (name) order, as the C
+// library's merge sort keeps it. At most 65535 names, as a key's count
+// reports at most that many.
 struct CollectedNames {
   std::string text;
-  std::vector<ListedName> names;
+  std::vector<uint64_t> order;
   bool out_of_memory = false;
 };
 
@@ -69,14 +70,13 @@ int32_t collect_name(const char *name, void *context) {
   auto &collected = *static_cast<CollectedNames *>(context);
   const size_t length = strnlen(name, KORVO_NAME_SLOT - 1);
   try {
-    collected.names.push_back({VersionSortKey(name), static_cast<uint32_t>(collected.text.size()),
-                               static_cast<uint16_t>(length)});
+    collected.order.push_back(uint64_t{~VersionSortKey(name)} << 32 | collected.text.size());
     collected.text.append(name, length).push_back('\0');
   } catch (const std::bad_alloc &) {
     collected.out_of_memory = true;
     return 1;
   }
-  return collected.names.size() == UINT16_MAX ? 1 : 0;
+  return collected.order.size() == UINT16_MAX ? 1 : 0;
 }
 
 }  // namespace
@@ -87,26 +87,21 @@ char **list_subkeys_by_version(const char *key, uint16_t *count) {
   CollectedNames collected;
   if (rsv_list_names(key, RSV_LIST_SUBKEYS, collect_name, &collected, prodcfg_module, __LINE__) !=
           RSV_OK ||
-      collected.out_of_memory || collected.names.empty())
+      collected.out_of_memory || collected.order.empty())
     return nullptr;
-  const auto n = static_cast<uint16_t>(collected.names.size());
+  const auto n = static_cast<uint16_t>(collected.order.size());
   auto **names = static_cast<char **>(std::malloc(n * (sizeof(char *) + KORVO_NAME_SLOT)));
   if (names == nullptr) {
     // The count tells how many names the key has.
     if (count != nullptr) *count = n;
     return nullptr;
   }
-  // Greatest key first; equal keys keep the service's (name) order, as
-  // the C library's merge sort keeps them.
-  std::sort(collected.names.begin(), collected.names.end(),
-            [](const ListedName &a, const ListedName &b) {
-              return a.key != b.key ? a.key > b.key : a.offset < b.offset;
-            });
+  std::sort(collected.order.begin(), collected.order.end());
   char *slots = reinterpret_cast<char *>(names + n);
   for (uint16_t i = 0; i < n; ++i) {
-    const ListedName &listed = collected.names[i];
+    const char *name = collected.text.data() + (collected.order[i] & UINT32_MAX);
     names[i] = slots + size_t{i} * KORVO_NAME_SLOT;
-    std::memcpy(names[i], collected.text.data() + listed.offset, size_t{listed.length} + 1);
+    std::memcpy(names[i], name, std::strlen(name) + 1);
   }
   if (count != nullptr) *count = n;
   return names;

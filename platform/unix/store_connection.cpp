@@ -260,8 +260,8 @@ const uint32_t *wal_index(Connection &c) {
 // is in the middle of updating it.
 bool read_header(const uint32_t *index, WalIndexHeader &header) {
   uint32_t first[header_words], second[header_words];
-  for (int i = 0; i < header_words; ++i) first[i] = __atomic_load_n(&index[i], __ATOMIC_RELAXED);
-  std::atomic_thread_fence(std::memory_order_acquire);
+  // Acquiring loads: the second copy is read after the first.
+  for (int i = 0; i < header_words; ++i) first[i] = __atomic_load_n(&index[i], __ATOMIC_ACQUIRE);
   for (int i = 0; i < header_words; ++i)
     second[i] = __atomic_load_n(&index[header_words + i], __ATOMIC_RELAXED);
   if (std::memcmp(first, second, sizeof first) != 0) return false;
