@@ -267,13 +267,19 @@ Remembered *recall(const State &state, const char *language) {
   return nullptr;
 }
 
+// Remembering is an extra: without the memory for it, the call still
+// gives its text.
 void remember(const State &state, const char *language, const std::string &requested,
-              LanguageLibrary *library) {
+              LanguageLibrary *library) noexcept {
   Remembered &r = remembered[next_remembered++ % kRemembered];
   r.generation = 0;  // unused until whole
+  try {
+    r.language = language != nullptr ? language : "";
+    r.requested = requested;
+  } catch (const std::bad_alloc &) {
+    return;
+  }
   r.global = language == nullptr;
-  r.language = language != nullptr ? language : "";
-  r.requested = requested;
   r.library = library;
   r.length = state.length;
   r.counter = state.counter;
@@ -287,8 +293,11 @@ const char *own_string(KORVOStack *cache, const char *language, const char *key)
       return call_library(cached, kOwnObjectId, language, key);
   }
   const State state = current_state(cache);
-  if (const Remembered *r = recall(state, language))
-    return call_library(r->library, kOwnObjectId, r->requested.c_str(), key);
+  if (const Remembered *r = recall(state, language)) {
+    // A copy: the library may ask for texts itself, which may reuse r.
+    const std::string requested = r->requested;
+    return call_library(r->library, kOwnObjectId, requested.c_str(), key);
+  }
   const Text global = language == nullptr ? global_language() : nullptr;
   const std::string requested = requested_language(language != nullptr ? language : global.get());
   const Outcome outcome = resolve(cache, kOwnObjectId, requested);
