@@ -20,8 +20,6 @@ static_assert(KORVO_NAME_SLOT == RSV_SUBKEY_SLOT && KORVO_VALUE_NAME_SLOT == RSV
 
 namespace {
 
-bool is_digit(char c) { return c >= '0' && c <= '9'; }
-
 uint32_t combine(const uint32_t (&part)[4]) {
   return ((part[0] * 100u + part[1]) * 1000u + part[2]) * 1000u + part[3];
 }
@@ -31,16 +29,17 @@ uint32_t combine(const uint32_t (&part)[4]) {
 uint32_t VersionSortKey(const char *name) {
   uint32_t part[4] = {0, 0, 0, 0};
   if (name == nullptr) return 0;
-  const char *p = name;
+  const auto *p = reinterpret_cast<const unsigned char *>(name);
   for (uint32_t &found : part) {
-    while (!is_digit(*p)) {
+    unsigned digit;
+    while ((digit = *p - unsigned{'0'}) > 9) {
       if (*p == '\0') return combine(part);
       ++p;
     }
     // Stops growing once past 32 bits, which counts as 4294967295.
-    uint64_t run = 0;
-    for (; is_digit(*p); ++p)
-      if (run <= UINT32_MAX) run = run * 10 + static_cast<uint64_t>(*p - '0');
+    uint64_t run = digit;
+    while ((digit = *++p - unsigned{'0'}) <= 9)
+      if (run <= UINT32_MAX) run = run * 10 + digit;
     found = run > UINT32_MAX ? UINT32_MAX : static_cast<uint32_t>(run);
   }
   return combine(part);
