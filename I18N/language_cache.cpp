@@ -70,6 +70,7 @@ struct Release {
 
 // Loads `fileName` for the request and adds it to the cache.
 LanguageLibrary *load_and_add(LanguageRequest &request, const char *fileName) {
+  request.repeatable = false;
   std::unique_ptr<LanguageLibrary, Release> library(LoadLanguageLibrary(fileName));
   if (!library) return nullptr;
   library->language = request.language;

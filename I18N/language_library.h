@@ -47,6 +47,10 @@ struct LanguageRequest {
   std::string version;
   std::string instance;
   std::string languagesKey;  // full path of the key naming the libraries
+  // Cleared by a step that did more than read the store and search the
+  // cache (trying to load a library, asking the current locale): only
+  // while both stay as they were does the same request end the same way.
+  bool repeatable = true;
 };
 
 // What a cache search compares: a request's four texts (empty for null).

@@ -3,6 +3,8 @@
 // KORVOLoadI18NString.
 #include <strings.h>
 
+#include <atomic>
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <memory>
@@ -14,6 +16,8 @@
 #include "I18N/language_library.h"
 #include "readconfig/cfg_paths.h"
 #include "siblings/oss/oss.h"
+#include "siblings/rsv/rsv.h"
+#include "utl/rsv_names.h"
 #include "utl/version.h"
 
 namespace {
@@ -76,6 +80,7 @@ LanguageLibrary *find_library(LanguageRequest &request, const std::string &reque
     if (LanguageLibrary *found = FindOrLoadLibrary(request)) return found;
   }
   if (LanguageLibrary *found = FindInOtherVersions(request)) return found;
+  request.repeatable = false;  // the locale follows the environment
   request.language = current_locale();
   if (LanguageLibrary *found = FindOrLoadLibrary(request)) return found;
   return FindInOtherVersions(request);
@@ -144,32 +149,63 @@ const char *call_library(LanguageLibrary *library, const char *objectId, const c
   return library->getResource(key);
 }
 
-const char *load_string(KORVOStack *cache, const char *objectId, const char *language,
-                        const char *key) {
-  const char *const requested_text =
-      language != nullptr && *language != '\0' ? language : "Default";
-  if (LanguageLibrary *cached = cached_first_step(cache, objectId, requested_text))
-    return call_library(cached, objectId, requested_text, key);
+// How a request ended: the library found (null: none) and the product
+// the identifier names.
+struct Outcome {
+  LanguageLibrary *library = nullptr;
+  std::string product;
+  bool repeatable = true;  // see LanguageRequest::repeatable
+};
+
+// The cache first, then the fallback chain; `requested` is the language
+// asked for ("Default" for none).
+Outcome resolve(KORVOStack *cache, const char *objectId, const std::string &requested) {
+  Outcome outcome;
+  if ((outcome.library = cached_first_step(cache, objectId, requested)) != nullptr) return outcome;
   const std::unique_ptr<KORVOObjectId, DestroyObjectId> id(
       KORVOStrCreateObjectId(objectId, nullptr));
-  const std::string requested = requested_text;
   LanguageRequest request;
   request.cache = cache;
   request.language = requested;
   fill_request(request, id.get());
-  if (LanguageLibrary *library = find_library(request, requested))
-    return call_library(library, objectId, requested.c_str(), key);
-  // No library at all: Halcyra's own text for that case, in the same
-  // language. For Halcyra itself that would ask again, so a fixed text.
-  if (strncasecmp(request.product.c_str(), "Halcyra", 96) != 0)
+  {
+    // The chain's reads in one read transaction of the store: one state
+    // of the tree, without a transaction of its own for each read.
+    const korutl::RsvSnapshot snapshot(kModule, __LINE__);
+    outcome.library = find_library(request, requested);
+  }
+  outcome.product = request.product;
+  outcome.repeatable = request.repeatable;
+  return outcome;
+}
+
+// No library at all: Halcyra's own text for that case, in the same
+// language. For Halcyra itself that would ask again, so a fixed text.
+const char *nothing_found(const Outcome &outcome, const std::string &requested) {
+  if (strncasecmp(outcome.product.c_str(), "Halcyra", 96) != 0)
     return KORVOLoadI18NString(requested.c_str(), "_RC_LANG_NOT_FOUND");
   return kNotFoundText;
+}
+
+std::string requested_language(const char *language) {
+  return language != nullptr && *language != '\0' ? language : "Default";
+}
+
+const char *load_string(KORVOStack *cache, const char *objectId, const char *language,
+                        const char *key) {
+  const std::string requested = requested_language(language);
+  const Outcome outcome = resolve(cache, objectId, requested);
+  if (outcome.library == nullptr) return nothing_found(outcome, requested);
+  return call_library(outcome.library, objectId, requested.c_str(), key);
 }
 
 // The library's own cache. Creating it on the first call is guarded, so
 // that first calls may come from several threads; ending it is not (texts
 // of the cache die with it, so no call may be under way then anyway).
+// Ending it also starts a new generation, which no remembered request of
+// the old one matches.
 std::atomic<KORVOStack *> own_cache{nullptr};
+std::atomic<uint64_t> own_cache_generation{1};
 std::mutex own_cache_mutex;
 
 KORVOStack *library_cache() {
@@ -182,6 +218,92 @@ KORVOStack *library_cache() {
     own_cache.store(cache, std::memory_order_release);
   }
   return cache;
+}
+
+// The requests of KORVOLoadI18NString lately resolved on this thread. A
+// request always asks for the same identifier, so the language (or none:
+// the global language) names it; its outcome holds while the own cache
+// has the same records (they are only ever added, so its generation and
+// length tell) and the store has seen no commit, for then every step
+// reads and finds what it did. Outcomes that tried to load a library or
+// asked the locale are not remembered.
+struct Remembered {
+  uint64_t generation = 0;  // 0: unused
+  int32_t length = 0;
+  uint64_t counter = 0;
+  bool global = false;
+  std::string language;   // as asked, when given
+  std::string requested;  // as handed to the library
+  LanguageLibrary *library = nullptr;
+};
+constexpr size_t kRemembered = 4;
+thread_local Remembered remembered[kRemembered];
+thread_local size_t next_remembered = 0;
+
+// The state a remembered outcome is checked against, taken before any
+// read of the request, so that what is read afterwards is at least as new.
+struct State {
+  bool counted = false;
+  uint64_t counter = 0;
+  uint64_t generation = 0;
+  int32_t length = 0;
+};
+
+State current_state(KORVOStack *cache) {
+  State state;
+  state.counted = rsv_change_counter(&state.counter, kModule, __LINE__) == RSV_OK;
+  state.generation = own_cache_generation.load(std::memory_order_acquire);
+  state.length = KORVOStackLength(cache);
+  return state;
+}
+
+Remembered *recall(const State &state, const char *language) {
+  if (!state.counted) return nullptr;
+  const bool global = language == nullptr;
+  for (Remembered &r : remembered)
+    if (r.generation == state.generation && r.length == state.length &&
+        r.counter == state.counter && r.global == global && (global || r.language == language))
+      return &r;
+  return nullptr;
+}
+
+// Remembering is an extra: without the memory for it, the call still
+// gives its text.
+void remember(const State &state, const char *language, const std::string &requested,
+              LanguageLibrary *library) noexcept {
+  Remembered &r = remembered[next_remembered++ % kRemembered];
+  r.generation = 0;  // unused until whole
+  try {
+    r.language = language != nullptr ? language : "";
+    r.requested = requested;
+  } catch (const std::bad_alloc &) {
+    return;
+  }
+  r.global = language == nullptr;
+  r.library = library;
+  r.length = state.length;
+  r.counter = state.counter;
+  r.generation = state.generation;
+}
+
+// KORVOLoadI18NString for the own cache; language null for the global one.
+const char *own_string(KORVOStack *cache, const char *language, const char *key) {
+  if (language != nullptr) {
+    if (LanguageLibrary *cached = cached_first_step(cache, kOwnObjectId, language))
+      return call_library(cached, kOwnObjectId, language, key);
+  }
+  const State state = current_state(cache);
+  if (const Remembered *r = recall(state, language)) {
+    // A copy: the library may ask for texts itself, which may reuse r.
+    const std::string requested = r->requested;
+    return call_library(r->library, kOwnObjectId, requested.c_str(), key);
+  }
+  const Text global = language == nullptr ? global_language() : nullptr;
+  const std::string requested = requested_language(language != nullptr ? language : global.get());
+  const Outcome outcome = resolve(cache, kOwnObjectId, requested);
+  if (outcome.library == nullptr) return nothing_found(outcome, requested);
+  if (state.counted && outcome.repeatable) remember(state, language, requested, outcome.library);
+  return call_library(outcome.library, kOwnObjectId, requested.c_str(), key);
 }
 
 }  // namespace
@@ -200,15 +322,18 @@ KORUTL_API const char *KORVOLoadI18NStringEx(KORVOStack *cache, const char *obje
 
 KORUTL_API const char *KORVOLoadI18NString(const char *language, const char *key) {
   KORVOStack *cache = library_cache();
-  if (language != nullptr && *language != '\0')
-    return KORVOLoadI18NStringEx(cache, kOwnObjectId, language, key);
-  const Text global = global_language();
-  return KORVOLoadI18NStringEx(cache, kOwnObjectId, global.get(), key);
+  if (cache == nullptr || key == nullptr) return nullptr;
+  try {
+    return own_string(cache, language != nullptr && *language != '\0' ? language : nullptr, key);
+  } catch (const std::bad_alloc &) {
+    return nullptr;
+  }
 }
 
 KORUTL_API void KORVOFiniteI18NStrings(void) {
   std::lock_guard guard(own_cache_mutex);
   KORVOStack *cache = own_cache.exchange(nullptr, std::memory_order_acq_rel);
+  own_cache_generation.fetch_add(1, std::memory_order_acq_rel);
   KORVOFiniteI18n(&cache);
 }
 

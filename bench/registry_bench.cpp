@@ -1,6 +1,8 @@
 // Point reads of one existing value: through the registry service, through
 // the direct settings (the Win32 registry layer), and as a bare prepared
-// SQLite read of the same row, the floor both are measured against.
+// SQLite read of the same row, the floor both are measured against. Then
+// the store's change counter beside SQLite's own change check,
+// PRAGMA data_version, on a connection of its own.
 #include <benchmark/benchmark.h>
 
 #include "bench/bench_store.h"
@@ -48,5 +50,22 @@ void BM_SqlitePreparedPointRead(benchmark::State &state) {
   korutl_bench::sqlite_prepared_read(state, korutl_bench::point_read_sql, key, "Install_Path", 1);
 }
 BENCHMARK(BM_SqlitePreparedPointRead);
+
+void BM_RsvChangeCounter(benchmark::State &state) {
+  bench_store();
+  for (auto _ : state) {
+    uint64_t counter = 0;
+    if (rsv_change_counter(&counter, "bench", __LINE__) != RSV_OK)
+      state.SkipWithError("no change counter");
+    benchmark::DoNotOptimize(counter);
+  }
+}
+BENCHMARK(BM_RsvChangeCounter);
+
+void BM_SqlitePragmaDataVersion(benchmark::State &state) {
+  bench_store();
+  korutl_bench::sqlite_prepared_read(state, "PRAGMA data_version", nullptr, nullptr, 1);
+}
+BENCHMARK(BM_SqlitePragmaDataVersion);
 
 }  // namespace

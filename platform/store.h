@@ -87,6 +87,15 @@ class SnapshotScope {
 using ReadHook = void (*)(std::string_view path);
 void set_read_hook(ReadHook hook);
 
+// A number that changes whenever any process commits a change to the
+// tree this process works on; false when the backend cannot tell cheaply
+// (callers then do not rely on remembered reads). Inside a snapshot it is
+// false too: the snapshot's reads may be older than the number. The SQLite
+// store reads it from the write-ahead log's index in shared memory
+// (no lock, no system call); a store in another journal mode, a missing
+// store file and the Windows registry give false.
+bool change_counter(uint64_t &counter);
+
 Status query_key(std::string_view path, uint32_t *subkeys, uint32_t *values);
 Status get_value(std::string_view path, std::string_view name, Value &out);
 // Stores into an existing key; the value keeps its place in the order.

@@ -18,10 +18,12 @@ uint32_t VersionSortKey(const char *name);
 int CompareVersionsDescending(const void *a, const void *b);
 
 // The subkeys of `key` as a name list in descending version order, with
-// the number of names in *count (count may be null). Null when the key is
-// missing, has no subkeys or cannot be enumerated; *count is then 0,
-// except when the block cannot be allocated, where it holds the number of
-// subkeys the key reported.
+// the number of names in *count (count may be null): at most 65535, the
+// first in name order. Each name's key is computed once and the list
+// sorted on them (n log n); names of equal keys stay in name order. Null
+// when the key is missing, has no subkeys or cannot be listed; *count is
+// then 0, except when the block cannot be allocated, where it holds the
+// number of subkeys the key has.
 char **list_subkeys_by_version(const char *key, uint16_t *count);
 
 // Value names come in slots of 33 bytes; the service cuts a longer name

@@ -1,8 +1,11 @@
 // Product versions and configuration values: the version listing in
 // descending version order and the reading of values of any key, of a
 // product, of a product version and of an agent.
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
+#include <memory>
+#include <new>
 
 #include "korutl.h"
 #include "readconfig/cfg_paths.h"
@@ -10,6 +13,23 @@
 #include "siblings/rsv/rsv.h"
 
 namespace cfg = korutl::cfg;
+
+namespace {
+
+// The service hands out texts of at most 65534 characters; with the zero
+// they fit an area of 65535 bytes. Each thread that reads values keeps one,
+// made on its first read (tried again while memory lacks) and freed when
+// the thread ends, so that a read is one call of the service, and never
+// one traced as failing for a short buffer.
+constexpr uint16_t value_area_size = UINT16_MAX;
+
+char *value_area() {
+  thread_local std::unique_ptr<char[]> area;
+  if (!area) area.reset(new (std::nothrow) char[value_area_size]);
+  return area.get();
+}
+
+}  // namespace
 
 extern "C" {
 
@@ -27,18 +47,15 @@ KORUTL_API void KORVOCfgFreeProductVersions(char **list) { std::free(list); }
 KORUTL_API void KORVOCfgFreeVersionInstances(char **list) { KORVOCfgFreeProductVersions(list); }
 
 KORUTL_API char *KORVOCfgGetValue(const char *keyPath, const char *valueName) {
-  // The size first, then the text, so that the result has its exact size.
-  uint16_t length = 0;
-  if (rsv_get_value(keyPath, valueName, nullptr, &length, cfg::prodcfg_module, __LINE__) != RSV_OK)
+  // One read into the thread's area, which holds any text the service hands
+  // out, then a block of the text's exact size.
+  char *area = value_area();
+  if (area == nullptr) return nullptr;
+  uint16_t length = value_area_size;
+  if (rsv_get_value(keyPath, valueName, area, &length, cfg::prodcfg_module, __LINE__) != RSV_OK)
     return nullptr;
-  // The service never reports 65535 or more, so the capacity still fits.
-  uint16_t capacity = static_cast<uint16_t>(length + 1);
-  auto *text = static_cast<char *>(std::malloc(capacity));
-  if (text == nullptr) return nullptr;
-  if (rsv_get_value(keyPath, valueName, text, &capacity, cfg::prodcfg_module, __LINE__) != RSV_OK) {
-    std::free(text);  // grown or removed since the size was asked
-    return nullptr;
-  }
+  auto *text = static_cast<char *>(std::malloc(size_t{length} + 1));
+  if (text != nullptr) std::memcpy(text, area, size_t{length} + 1);
   return text;
 }
 

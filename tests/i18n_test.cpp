@@ -26,6 +26,7 @@
 #include "korutl.h"
 #include "siblings/oss/oss.h"
 #include "tests/support/language_env.h"
+#include "tests/support/run_tool.h"
 
 namespace {
 
@@ -182,6 +183,45 @@ TEST_F(I18n, LanguageNamesWhatTheLibraryIsAskedOwnTextsAndEachStepOfTheChain) {
   }
   unsetenv("LC_ALL");
   std::setlocale(LC_ALL, "C");
+#endif
+}
+
+// The library's own requests after another process changed the tree:
+// Halcyra's identifier names version 2.2.1.3, for which the tree registers
+// nothing, so the search in other versions settles each request; the
+// korutl command changes the tree between two calls, and the next call
+// gives what the whole chain gives on the changed tree.
+TEST_F(I18n, OwnRequestsFollowChangesMadeByAnotherProcess) {
+#if defined(_WIN32) || !defined(KORUTL_TOOL_FILE)
+  GTEST_SKIP() << "needs the korutl command, and a locale step that finds nothing (Linux)";
+#else
+  const std::string root = "HKEY_LOCAL_MACHINE\\SOFTWARE\\Vantrel\\Halcyra";
+  const std::string halcyra = root + "\\Products\\Halcyra";
+  // The language asked (null: the global one), the change in .reg lines,
+  // the text before and after it.
+  const std::tuple<const char *, std::string, std::string, std::string> cases[] = {
+      {"English", "[" + halcyra + "\\Versions\\2.2.1.3\\Languages]\n\"English\"=\"hal_fr.dll\"",
+       "English", "Français"},
+      {"English", "[-" + halcyra + "\\Versions\\2.2.1\\Languages]", "English", kFixedNotFound},
+      {"German", "[" + halcyra + "]\n\"Use_Strict_Version\"=\"1\"", "Deutsch", kFixedNotFound},
+      {nullptr, "[" + root + "\\Global]\n\"Language\"=\"German\"", "English", "Deutsch"},
+  };
+  for (const auto &[language, change, before, after] : cases) {
+    SCOPED_TRACE(change);
+    TearDown();
+    SetUp();
+    reg("Halcyra 2.2.1 English hal_en.dll; Halcyra 2.2.1 German hal_de.dll; setting Global "
+        "Language English");
+    const auto own_text = [language = language] {
+      const char *t = KORVOLoadI18NString(language, "HAL_LANGUAGE");
+      return std::string(t != nullptr ? t : "<null>");
+    };
+    for (int call = 0; call < 2; ++call) EXPECT_EQ(own_text(), before);
+    std::ofstream(scratch("change.reg")) << "Windows Registry Editor Version 5.00\n\n"
+                                         << change << "\n";
+    ASSERT_EQ(korutl_test::run_tool({"reg", "import", scratch("change.reg")}).status, 0);
+    for (int call = 0; call < 2; ++call) EXPECT_EQ(own_text(), after);
+  }
 #endif
 }
 

@@ -209,9 +209,28 @@ TEST_F(DurabilityTest, ExportsDuringConcurrentDeletesAreWholeCommittedStates) {
   EXPECT_EQ(torn, 0);
 }
 
+// The change counter stays while nobody commits, says nothing inside a
+// snapshot (whose reads may be older), and moves with every commit of
+// another thread or process, a checkpoint that starts the log over
+// included.
+uint64_t change_counter() {
+  uint64_t counter = 0;
+  EXPECT_EQ(rsv_change_counter(&counter, AT), RSV_OK);
+  return counter;
+}
+
 TEST_F(DurabilityTest, SnapshotHoldsOneStateAndRefusesWrites) {
+  // The server store has no counter cheaper than a read: it says none.
+  const bool counted = !on_server();
+  uint64_t counter = 0;
+  EXPECT_EQ(rsv_change_counter(&counter, AT), RSV_E_STORE) << "no store file yet";
   ASSERT_EQ(rsv_create_key(shelf_key(0).c_str(), AT), RSV_OK);
+  const uint64_t first = counted ? change_counter() : 0;
+  if (counted) {
+    EXPECT_EQ(change_counter(), first);
+  }
   ASSERT_EQ(rsv_begin_snapshot(AT), RSV_OK);
+  EXPECT_EQ(rsv_change_counter(&counter, AT), RSV_E_STORE);
   uint16_t subkeys = 0;
   ASSERT_EQ(rsv_query_key(shelf.c_str(), &subkeys, nullptr, AT), RSV_OK);
   std::thread([] { rsv_create_key(shelf_key(1).c_str(), AT); }).join();
@@ -223,6 +242,23 @@ TEST_F(DurabilityTest, SnapshotHoldsOneStateAndRefusesWrites) {
   EXPECT_EQ(rsv_end_snapshot(AT), RSV_E_BAD_ARGUMENT);
   EXPECT_EQ(rsv_query_key(shelf.c_str(), &again, nullptr, AT), RSV_OK);
   EXPECT_EQ(again, subkeys + 1);
+  if (!counted) return;
+  const uint64_t second = change_counter();
+  EXPECT_NE(second, first);
+  sqlite3 *db = nullptr;
+  ASSERT_EQ(sqlite3_open(file().c_str(), &db), SQLITE_OK);
+  EXPECT_EQ(sqlite3_exec(db, "PRAGMA wal_checkpoint(TRUNCATE)", nullptr, nullptr, nullptr),
+            SQLITE_OK);
+  sqlite3_close(db);
+  const pid_t child = fork();
+  ASSERT_GE(child, 0);
+  if (child == 0) _exit(rsv_set_value(shelf.c_str(), "v", "x", AT) == RSV_OK ? 0 : 1);
+  int status = 0;
+  ASSERT_EQ(waitpid(child, &status, 0), child);
+  ASSERT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
+  const uint64_t third = change_counter();
+  EXPECT_NE(third, second);
+  EXPECT_NE(third, first);
 }
 
 TEST_F(DurabilityTest, DamagedPagesFailAListingInsteadOfShorteningIt) {

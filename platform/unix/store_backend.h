@@ -34,6 +34,8 @@
 
 namespace korutl::store::sqlite {
 KORUTL_STORE_BACKEND_OPERATIONS
+// The write-ahead log index's commit count, as store.h's change_counter.
+bool change_counter(uint64_t &counter);
 }  // namespace korutl::store::sqlite
 
 namespace korutl::store::pg {

@@ -47,6 +47,14 @@ std::atomic<unsigned> fork_generation{0};
 [[maybe_unused]] const int fork_watch =
     pthread_atfork(nullptr, nullptr, [] { fork_generation.fetch_add(1); });
 
+// Every opening of the store in this process gets its own number, which
+// goes into the change counter: two files never give one counter.
+std::atomic<uint32_t> openings{0};
+
+// Whether the connection's journal is a write-ahead log, whose index in
+// shared memory tells every commit (see change_counter).
+enum class Journal { unknown, wal, other };
+
 struct Connection {
   unsigned generation = 0;
   std::string source;  // the KORVO_REGISTRY text it was opened for, "" for the default
@@ -57,6 +65,10 @@ struct Connection {
   std::unordered_map<const char *, sqlite3_stmt *> statements;
   unsigned snapshot_depth = 0;
   bool in_snapshot = false;  // a read transaction is open for the snapshot
+  bool set_up = false;       // the pragmas and schema a write needs have run
+  uint32_t opening = 0;
+  Journal journal = Journal::unknown;
+  const uint32_t *wal_index = nullptr;  // SQLite's own mapping of the -shm file's first region
 
   void close() {
     // A child of fork() must not touch its parent's connection: it is
@@ -68,6 +80,9 @@ struct Connection {
     statements.clear();
     db = nullptr;
     in_snapshot = false;
+    set_up = false;
+    journal = Journal::unknown;
+    wal_index = nullptr;
   }
   ~Connection() { close(); }
 };
@@ -125,10 +140,16 @@ bool create_private(const std::string &file) {
   return errno == EEXIST;
 }
 
-bool set_up(sqlite3 *db) {
-  sqlite3_busy_handler(db, on_busy, nullptr);
-  return exec_retrying(db, "PRAGMA foreign_keys=ON; PRAGMA synchronous=FULL;") &&
-         exec_retrying(db, "PRAGMA journal_mode=WAL;") && exec_retrying(db, schema_sql);
+// What a write needs: cascading deletes, durable commits, the write-ahead
+// log (readers never wait for a writer) and the schema. Reads need none of
+// it, so a connection that only reads never runs it. The journal is looked
+// at again afterwards: it may have become a write-ahead log.
+bool set_up(Connection &c) {
+  c.set_up = exec_retrying(c.db, "PRAGMA foreign_keys=ON; PRAGMA synchronous=FULL;") &&
+             exec_retrying(c.db, "PRAGMA journal_mode=WAL;") && exec_retrying(c.db, schema_sql);
+  c.journal = Journal::unknown;
+  c.wal_index = nullptr;
+  return c.set_up;
 }
 
 // Whether `file` is still the file `c` has open: a store replaced (mv) or
@@ -162,21 +183,116 @@ sqlite3 *open_file(Connection &c, const std::string &file, Access access, Status
     ~Opened() { sqlite3_close_v2(db); }
   } opened;
   const int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX;
-  if (sqlite3_open_v2(file.c_str(), &opened.db, flags, nullptr) != SQLITE_OK || !set_up(opened.db))
+  if (sqlite3_open_v2(file.c_str(), &opened.db, flags, nullptr) != SQLITE_OK)
     return fail_with(
         status, Status::store_error,
         file + ": " + (opened.db != nullptr ? sqlite3_errmsg(opened.db) : "cannot open"));
+  sqlite3_busy_handler(opened.db, on_busy, nullptr);
+  const bool empty = st.st_size == 0;  // as it was before opening
   if (stat(file.c_str(), &st) != 0)
     return fail_with(status, Status::store_error, file + " went away while it was opened");
   c.file = file;
   c.device = st.st_dev;
   c.inode = st.st_ino;
   c.generation = fork_generation.load();
+  c.opening = openings.fetch_add(1, std::memory_order_relaxed) + 1;
   c.db = std::exchange(opened.db, nullptr);
+  // An empty file is a store nobody has set up yet: readers too find
+  // the schema (and no keys) in it.
+  if ((access != Access::read || empty) && !set_up(c)) {
+    const Status why = sqlite_failure(c.db);
+    c.close();
+    status = why;
+    return nullptr;
+  }
   return c.db;
 }
 
+// SQLite's WAL-index header, as its file format publishes it: two copies
+// of these 48 bytes open the -shm file, in the host's byte order. A
+// writer updates the second copy, then the first; a reader that finds
+// both alike has read a whole header.
+struct WalIndexHeader {
+  uint32_t version;
+  uint32_t unused;
+  uint32_t change;  // counts the commits
+  uint8_t is_init;
+  uint8_t big_endian_checksum;
+  uint16_t page_size;
+  uint32_t max_frame;  // last committed frame of the log
+  uint32_t pages;      // database size in pages
+  uint32_t frame_checksum[2];
+  uint32_t salt[2];  // change whenever the log starts over
+  uint32_t checksum[2];
+};
+static_assert(sizeof(WalIndexHeader) == 48);
+constexpr int header_words = sizeof(WalIndexHeader) / sizeof(uint32_t);
+constexpr int wal_index_region = 32768;  // the size SQLite maps the -shm file in
+
+// SQLite's mapping of the connection's WAL index, or null when its journal
+// is not a write-ahead log. Asking the journal mode reads the schema, which
+// opens the log; from then on SQLite keeps the first region mapped (and a
+// shared lock on the file, so that nobody can leave WAL mode under us)
+// until the connection closes.
+const uint32_t *wal_index(Connection &c) {
+  if (c.journal != Journal::unknown) return c.wal_index;
+  c.journal = Journal::other;
+  {
+    Statement mode(c.db, "PRAGMA journal_mode");
+    if (!mode || mode.step() != SQLITE_ROW) return nullptr;
+    const auto *name = sqlite3_column_text(mode.get(), 0);
+    if (name == nullptr || std::strcmp(reinterpret_cast<const char *>(name), "wal") != 0)
+      return nullptr;
+  }
+  sqlite3_file *file = nullptr;
+  void volatile *region = nullptr;
+  if (sqlite3_file_control(c.db, "main", SQLITE_FCNTL_FILE_POINTER, &file) != SQLITE_OK ||
+      file == nullptr || file->pMethods == nullptr || file->pMethods->iVersion < 2 ||
+      file->pMethods->xShmMap == nullptr ||
+      file->pMethods->xShmMap(file, 0, wal_index_region, 0, &region) != SQLITE_OK ||
+      region == nullptr)
+    return nullptr;
+  c.journal = Journal::wal;
+  c.wal_index = static_cast<const uint32_t *>(const_cast<void *>(region));
+  return c.wal_index;
+}
+
+// A whole header, read as SQLite's readers read it; false while a writer
+// is in the middle of updating it.
+bool read_header(const uint32_t *index, WalIndexHeader &header) {
+  uint32_t first[header_words], second[header_words];
+  // Acquiring loads: the second copy is read after the first.
+  for (int i = 0; i < header_words; ++i) first[i] = __atomic_load_n(&index[i], __ATOMIC_ACQUIRE);
+  for (int i = 0; i < header_words; ++i)
+    second[i] = __atomic_load_n(&index[header_words + i], __ATOMIC_RELAXED);
+  if (std::memcmp(first, second, sizeof first) != 0) return false;
+  std::memcpy(&header, first, sizeof header);
+  return header.is_init != 0;
+}
+
 }  // namespace
+
+bool sqlite::change_counter(uint64_t &counter) {
+  Connection &c = this_thread;
+  // A snapshot's reads may be older than the log's present state.
+  if (c.snapshot_depth > 0) return false;
+  Status status;
+  if (connection(Access::read, status) == nullptr) return false;
+  const uint32_t *index = wal_index(c);
+  if (index == nullptr) return false;
+  WalIndexHeader h{};
+  bool whole = false;
+  for (int attempt = 0; attempt < 3 && !whole; ++attempt) whole = read_header(index, h);
+  if (!whole) return false;
+  // Every commit adds one to `change`. Frames up to max_frame never change
+  // while the salts stay, so the rest tells apart states whose `change`
+  // came out alike (a log rebuilt after a crash) and other openings.
+  uint32_t rest = c.opening * 0x9E3779B1u;
+  for (const uint32_t word : {h.max_frame, h.pages, h.salt[0], h.salt[1]})
+    rest = (rest ^ word) * 0x85EBCA77u + 0xC2B2AE3Du;
+  counter = uint64_t{h.change} << 32 | rest;
+  return true;
+}
 
 const std::string &sqlite::last_error() { return error_text; }
 
@@ -216,6 +332,9 @@ sqlite3 *connection(Access access, Status &status) {
     if (file.empty() && !store_file(file, why)) return fail_with(status, Status::store_error, why);
     c.source = source;
     if (open_file(c, file, access, status) == nullptr) return nullptr;
+  } else if (for_write && !c.set_up && !set_up(c)) {
+    status = sqlite_failure(c.db);
+    return nullptr;
   }
   // A snapshot's read transaction starts with its first read. Its BEGIN
   // and COMMIT are cached statements: a point read's cost is the floor.

@@ -20,7 +20,9 @@ void set_error(std::string reason);
 enum class Access { read, write, create };
 
 // The connection for this thread. Without a store file, reads and writes
-// give null with Status::no_key and create nothing.
+// give null with Status::no_key and create nothing. Opening for a read
+// runs no statement (unless the file is empty: it gets the schema); the
+// pragmas and schema a write needs run before the connection's first write.
 sqlite3 *connection(Access access, Status &status);
 
 // A cached statement for `sql` (a string literal: its address is the key),

@@ -54,6 +54,12 @@ const std::string &last_error() {
                                                             : sqlite::last_error();
 }
 
+bool change_counter(uint64_t &counter) {
+  Backend b;
+  if (!backend(b)) return false;
+  return b == Backend::pg ? pg::change_counter(counter) : sqlite::change_counter(counter);
+}
+
 Status begin_snapshot() { return KORUTL_FORWARD(begin_snapshot()); }
 Status end_snapshot() { return KORUTL_FORWARD(end_snapshot()); }
 

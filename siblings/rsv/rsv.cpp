@@ -270,6 +270,13 @@ RSV_API uint16_t rsv_list_names(const char *key, int32_t kind, rsv_name_func fun
   });
 }
 
+RSV_API uint16_t rsv_change_counter(uint64_t *counter, const char *module, int32_t line) {
+  return run_guarded("change_counter", module, line, [&]() -> uint16_t {
+    if (counter == nullptr) return bad_argument("change_counter", module, line);
+    return store::change_counter(*counter) ? RSV_OK : RSV_E_STORE;
+  });
+}
+
 RSV_API uint16_t rsv_export_file(const char *key, const char *file, const char *module,
                                  int32_t line) {
   return run_guarded("export_file", module, line, [&]() -> uint16_t {

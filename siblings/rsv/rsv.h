@@ -148,6 +148,16 @@ typedef int32_t (*rsv_name_func)(const char *name, void *context);
 RSV_API uint16_t rsv_list_names(const char *key, int32_t kind, rsv_name_func func, void *context,
                                 const char *module, int32_t line);
 
+/* A number that changes whenever any process commits a change to the
+ * tree this process works on (the store KORVO_REGISTRY names now), so that
+ * a caller can remember what it read and trust it while the number stays.
+ * RSV_OK with *counter set when the store can tell cheaply; RSV_E_STORE,
+ * without a trace line, when it cannot: no store file yet, a store not in
+ * write-ahead-log mode, inside a snapshot of this thread, or on Windows.
+ * Such a caller reads afresh. RSV_E_BAD_ARGUMENT for a null counter.
+ * Interface 1.14. */
+RSV_API uint16_t rsv_change_counter(uint64_t *counter, const char *module, int32_t line);
+
 /* Writes the key and its subtree to `file` in the registry editor's .reg
  * format (version 5.00, UTF-16LE with a byte-order mark, CRLF), from one
  * committed state of the tree, streamed: memory holds one value at a time
