@@ -59,6 +59,11 @@ inline void pht(uint8_t &p, uint8_t &q) {
 
 inline void ipht(uint8_t &p, uint8_t &q) {
   p = sub(p, q);
+#if defined(__GNUC__)
+  // Keeps the compiler from rewriting q - p as 2q - p, which needs copies
+  // of both bytes and in the decryption loop costs many instructions.
+  __asm__("" : "+r"(p));
+#endif
   q = sub(q, p);
 }
 
@@ -129,19 +134,6 @@ inline void encrypt_block(uint8_t block[kBlockSize], const Schedule schedule) {
 
 namespace detail {
 
-// Decryption keeps its state bytes in 32-bit variables, reduced to a byte
-// only where one indexes a table or leaves: byte-sized arithmetic makes
-// the compiler spill registers in this loop.
-inline void ipht32(uint8_t &p, uint8_t &q) {
-  p = sub(p, q);
-#if defined(__GNUC__)
-  // Keeps the compiler from rewriting q - p as 2q - p, which needs copies
-  // of both bytes and in this loop costs a third more instructions.
-  __asm__("" : "+r"(p));
-#endif
-  q = sub(q, p);
-}
-
 // One decryption round on the state bytes x0..x7 with the round's
 // subkeys k (XOR/add) and k + 8 (exponent/logarithm). The permutation is
 // undone by naming, not by moving bytes: afterwards byte i of the new
@@ -152,18 +144,18 @@ inline void decrypt_round(uint8_t &x0, uint8_t &x1, uint8_t &x2, uint8_t &x3, ui
   const uint8_t *l = k + kBlockSize;
   // Old x1 x2 x4 x3 x6 x5 are the new x4 x1 x2 x5 x3 x6.
   uint8_t &y0 = x0, &y1 = x2, &y2 = x4, &y3 = x6, &y4 = x1, &y5 = x3, &y6 = x5, &y7 = x7;
-  ipht32(y0, y4);
-  ipht32(y1, y5);
-  ipht32(y2, y6);
-  ipht32(y3, y7);
-  ipht32(y0, y2);
-  ipht32(y4, y6);
-  ipht32(y1, y3);
-  ipht32(y5, y7);
-  ipht32(y0, y1);
-  ipht32(y2, y3);
-  ipht32(y4, y5);
-  ipht32(y6, y7);
+  ipht(y0, y4);
+  ipht(y1, y5);
+  ipht(y2, y6);
+  ipht(y3, y7);
+  ipht(y0, y2);
+  ipht(y4, y6);
+  ipht(y1, y3);
+  ipht(y5, y7);
+  ipht(y0, y1);
+  ipht(y2, y3);
+  ipht(y4, y5);
+  ipht(y6, y7);
   y0 = LOG[sub(y0, l[0])] ^ k[0];
   y1 = sub(EXP[y1 ^ l[1]], k[1]);
   y2 = sub(EXP[y2 ^ l[2]], k[2]);
