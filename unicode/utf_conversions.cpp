@@ -182,12 +182,12 @@ void copy_ascii_run(const From *&s, const From *s_end, To *&t, To *t_end) {
 // Bulk stages: long conversions run here first, with the sequence length
 // chosen by arithmetic rather than by branches, because on mixed text the
 // length changes unpredictably from one character to the next and each
-// mispredicted branch costs more than the arithmetic. The only branches
-// left per character are the bounds below, which are nearly always taken.
+// mispredicted branch costs more than the arithmetic.
 //
 // To avoid branching on the length when storing, a stage stores every
-// character in its widest form and counts only its real length, so it may
-// store a few units beyond what it counts. It stops while the source still
+// character in its widest form and every ASCII run as a whole block, and
+// counts only the real length, so it may store a few units beyond what it
+// counts. It stops while the source still
 // holds complete characters and the target still has room for them, so the
 // general frame that follows always writes over those units: nothing is
 // left changed past the final target position.
@@ -202,7 +202,6 @@ struct NoBulk {
 // units (UTF-16) or one (UCS-4) and return the count.
 struct Utf16Emit {
   using Unit = uint16_t;
-  static constexpr ptrdiff_t kStored = 2;
   static ptrdiff_t emit(Unit *t, uint32_t v) {
     const uint32_t above_bmp = v - 0x10000;
     const bool pair = above_bmp <= kMaxUtf16 - 0x10000;
@@ -215,7 +214,6 @@ struct Utf16Emit {
 
 struct Ucs4Emit {
   using Unit = uint32_t;
-  static constexpr ptrdiff_t kStored = 1;
   static ptrdiff_t emit(Unit *t, uint32_t v) {
     t[0] = v > kMaxUcs4 ? kReplacement : v;
     return 1;
