@@ -112,18 +112,16 @@ bool read_length(const uint8_t *in, uint32_t n, const safer::Schedule schedule, 
 
 // Decrypts the first `length` plaintext bytes into `plain`, which does not
 // overlap `in`; each block is chained to the ciphertext block before it
-// (the zero vector for the first). Runs of 16 whole blocks are decrypted
-// side by side where the target allows it.
+// (the zero vector for the first). Runs of 16 whole blocks go through
+// the wide decryption.
 void decrypt_buffer(const uint8_t *in, uint32_t length, const safer::Schedule schedule,
                     uint8_t *plain) {
+  constexpr uint32_t kWide = safer::kWideBlocks * safer::kBlockSize;
   uint32_t pos = 0;
-  if constexpr (safer::kWideBlocks > 0) {
-    constexpr uint32_t kWide = safer::kWideBlocks * safer::kBlockSize;
-    for (; length - pos >= kWide; pos += kWide) {
-      safer::decrypt_wide(in + pos, plain + pos, schedule);
-      for (uint32_t b = pos == 0 ? safer::kBlockSize : 0; b < kWide; b += safer::kBlockSize)
-        xor_block(plain + pos + b, in + pos + b - safer::kBlockSize);
-    }
+  for (; length - pos >= kWide; pos += kWide) {
+    safer::decrypt_wide(in + pos, plain + pos, schedule);
+    for (uint32_t b = pos == 0 ? safer::kBlockSize : 0; b < kWide; b += safer::kBlockSize)
+      xor_block(plain + pos + b, in + pos + b - safer::kBlockSize);
   }
   for (; pos < length; pos += safer::kBlockSize) {
     uint8_t block[safer::kBlockSize];

@@ -2,9 +2,9 @@
 // blocks do not depend on each other. Byte j of all 16 blocks sits in one
 // SSE2 vector, so every XOR, addition and transform step of a round is one
 // instruction for all 16 blocks; only the exponent and logarithm lookups
-// go byte by byte. Built for x86-64 only (it moves 64-bit words between
-// vector and general registers); elsewhere kWideBlocks is 0 and callers
-// decrypt block by block.
+// go byte by byte. The vector form is built for x86-64 only (it moves
+// 64-bit words between vector and general registers); elsewhere the 16
+// blocks are decrypted one after the other.
 #ifndef KORUTL_CRYPT_SAFER_WIDE_H
 #define KORUTL_CRYPT_SAFER_WIDE_H
 
@@ -20,9 +20,9 @@
 
 namespace korutl::safer {
 
-#if defined(KORUTL_SAFER_WIDE)
-
 inline constexpr int kWideBlocks = 16;
+
+#if defined(KORUTL_SAFER_WIDE)
 
 namespace detail {
 
@@ -104,7 +104,14 @@ inline void decrypt_wide(const uint8_t *in, uint8_t *out, const Schedule schedul
 
 #else
 
-inline constexpr int kWideBlocks = 0;
+inline void decrypt_wide(const uint8_t *in, uint8_t *out, const Schedule schedule) {
+  for (int b = 0; b < kWideBlocks; ++b) {
+    uint8_t block[kBlockSize];
+    for (int j = 0; j < kBlockSize; ++j) block[j] = in[kBlockSize * b + j];
+    decrypt_block(block, schedule);
+    for (int j = 0; j < kBlockSize; ++j) out[kBlockSize * b + j] = block[j];
+  }
+}
 
 #endif
 
