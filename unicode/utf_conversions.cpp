@@ -261,13 +261,13 @@ struct BulkFromUtf8 {
   // Decodes the character of `k` trailing bytes (0 to 3) at `s` into t;
   // returns the units it counts.
   static ptrdiff_t decode(const uint8_t *s, int k, Unit *t) {
-    // The same sum-and-shift as the general reader, for all four lengths
-    // at once; the length then picks one.
-    const uint32_t b0 = s[0], b1 = s[1], b2 = s[2], b3 = s[3];
-    const uint32_t sums[4] = {b0, (b0 << 6) + b1 - kDecodeOffset[1],
-                              (b0 << 12) + (b1 << 6) + b2 - kDecodeOffset[2],
-                              (b0 << 18) + (b1 << 12) + (b2 << 6) + b3 - kDecodeOffset[3]};
-    return Emit::emit(t, sums[k]);
+    // The same sum-and-shift as the general reader, each step taken or
+    // not by the length without a branch.
+    uint32_t v = s[0];
+    v = k >= 1 ? (v << 6) + s[1] : v;
+    v = k >= 2 ? (v << 6) + s[2] : v;
+    v = k >= 3 ? (v << 6) + s[3] : v;
+    return Emit::emit(t, v - kDecodeOffset[k]);
   }
 
   static int trailing_at(const unicode::Utf8Classes &c, int p) {
