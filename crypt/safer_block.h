@@ -6,6 +6,7 @@
 
 #include <array>
 #include <cstdint>
+#include <cstring>
 
 namespace korutl::safer {
 
@@ -58,6 +59,11 @@ inline void pht(uint8_t &p, uint8_t &q) {
 
 inline void ipht(uint8_t &p, uint8_t &q) {
   p = sub(p, q);
+#if defined(__GNUC__)
+  // Keeps the compiler from rewriting q - p as 2q - p, which needs copies
+  // of both bytes and in the decryption loop costs many instructions.
+  __asm__("" : "+r"(p));
+#endif
   q = sub(q, p);
 }
 
@@ -126,61 +132,71 @@ inline void encrypt_block(uint8_t block[kBlockSize], const Schedule schedule) {
   block[7] = x7 ^ k[7];
 }
 
+namespace detail {
+
+// One decryption round on the state bytes x0..x7 with the round's
+// subkeys k (XOR/add) and k + 8 (exponent/logarithm). The permutation is
+// undone by naming, not by moving bytes: afterwards byte i of the new
+// state is in the variable passed in place i of (x0 x2 x4 x6 x1 x3 x5 x7),
+// so three rounds bring every byte back to its variable.
+inline void decrypt_round(uint8_t &x0, uint8_t &x1, uint8_t &x2, uint8_t &x3, uint8_t &x4,
+                          uint8_t &x5, uint8_t &x6, uint8_t &x7, const uint8_t *k) {
+  const uint8_t *l = k + kBlockSize;
+  // Old x1 x2 x4 x3 x6 x5 are the new x4 x1 x2 x5 x3 x6.
+  uint8_t &y0 = x0, &y1 = x2, &y2 = x4, &y3 = x6, &y4 = x1, &y5 = x3, &y6 = x5, &y7 = x7;
+  ipht(y0, y4);
+  ipht(y1, y5);
+  ipht(y2, y6);
+  ipht(y3, y7);
+  ipht(y0, y2);
+  ipht(y4, y6);
+  ipht(y1, y3);
+  ipht(y5, y7);
+  ipht(y0, y1);
+  ipht(y2, y3);
+  ipht(y4, y5);
+  ipht(y6, y7);
+  y0 = LOG[sub(y0, l[0])] ^ k[0];
+  y1 = sub(EXP[y1 ^ l[1]], k[1]);
+  y2 = sub(EXP[y2 ^ l[2]], k[2]);
+  y3 = LOG[sub(y3, l[3])] ^ k[3];
+  y4 = LOG[sub(y4, l[4])] ^ k[4];
+  y5 = sub(EXP[y5 ^ l[5]], k[5]);
+  y6 = sub(EXP[y6 ^ l[6]], k[6]);
+  y7 = LOG[sub(y7, l[7])] ^ k[7];
+}
+
+}  // namespace detail
+
 inline void decrypt_block(uint8_t block[kBlockSize], const Schedule schedule) {
   const int rounds = detail::schedule_rounds(schedule);
   const uint8_t *k = schedule + 1 + kBlockSize * 2 * rounds;
-  uint8_t x0 = block[0] ^ k[0], x1 = detail::sub(block[1], k[1]), x2 = detail::sub(block[2], k[2]),
-          x3 = block[3] ^ k[3];
-  uint8_t x4 = block[4] ^ k[4], x5 = detail::sub(block[5], k[5]), x6 = detail::sub(block[6], k[6]),
-          x7 = block[7] ^ k[7];
-  for (int i = rounds; i >= 1; --i) {
-    k -= 2 * kBlockSize;
-    const uint8_t *l = k + kBlockSize;
-    // Undo the permutation: old x1 x2 x4 x3 x6 x5 become x4 x1 x2 x5 x3 x6.
-    const uint8_t o1 = x1, o2 = x2, o3 = x3, o4 = x4, o5 = x5, o6 = x6;
-    x4 = o1;
-    x1 = o2;
-    x2 = o4;
-    x5 = o3;
-    x3 = o6;
-    x6 = o5;
-    detail::ipht(x0, x4);
-    detail::ipht(x1, x5);
-    detail::ipht(x2, x6);
-    detail::ipht(x3, x7);
-    detail::ipht(x0, x2);
-    detail::ipht(x4, x6);
-    detail::ipht(x1, x3);
-    detail::ipht(x5, x7);
-    detail::ipht(x0, x1);
-    detail::ipht(x2, x3);
-    detail::ipht(x4, x5);
-    detail::ipht(x6, x7);
-    x0 = detail::LOG[detail::sub(x0, l[0])];
-    x1 = detail::EXP[x1 ^ l[1]];
-    x2 = detail::EXP[x2 ^ l[2]];
-    x3 = detail::LOG[detail::sub(x3, l[3])];
-    x4 = detail::LOG[detail::sub(x4, l[4])];
-    x5 = detail::EXP[x5 ^ l[5]];
-    x6 = detail::EXP[x6 ^ l[6]];
-    x7 = detail::LOG[detail::sub(x7, l[7])];
-    x0 ^= k[0];
-    x1 = detail::sub(x1, k[1]);
-    x2 = detail::sub(x2, k[2]);
-    x3 ^= k[3];
-    x4 ^= k[4];
-    x5 = detail::sub(x5, k[5]);
-    x6 = detail::sub(x6, k[6]);
-    x7 ^= k[7];
+  uint8_t a = block[0] ^ k[0], b = detail::sub(block[1], k[1]), c = detail::sub(block[2], k[2]),
+          d = block[3] ^ k[3];
+  uint8_t e = block[4] ^ k[4], f = detail::sub(block[5], k[5]), g = detail::sub(block[6], k[6]),
+          h = block[7] ^ k[7];
+  constexpr int kStride = 2 * kBlockSize;
+  int i = rounds;
+  for (; i >= 3; i -= 3) {
+    k -= 3 * kStride;
+    detail::decrypt_round(a, b, c, d, e, f, g, h, k + 2 * kStride);
+    detail::decrypt_round(a, c, e, g, b, d, f, h, k + kStride);
+    detail::decrypt_round(a, e, b, f, c, g, d, h, k);
   }
-  block[0] = x0;
-  block[1] = x1;
-  block[2] = x2;
-  block[3] = x3;
-  block[4] = x4;
-  block[5] = x5;
-  block[6] = x6;
-  block[7] = x7;
+  // One or two rounds left; the state then lies in the variables in the
+  // order those rounds leave it.
+  uint8_t out[kBlockSize] = {a, b, c, d, e, f, g, h};
+  if (i >= 1) {
+    detail::decrypt_round(a, b, c, d, e, f, g, h, k - kStride);
+    const uint8_t once[kBlockSize] = {a, c, e, g, b, d, f, h};
+    std::memcpy(out, once, sizeof out);
+  }
+  if (i == 2) {
+    detail::decrypt_round(a, c, e, g, b, d, f, h, k - 2 * kStride);
+    const uint8_t twice[kBlockSize] = {a, e, b, f, c, g, d, h};
+    std::memcpy(out, twice, sizeof out);
+  }
+  std::memcpy(block, out, kBlockSize);
 }
 
 }  // namespace korutl::safer

@@ -1,10 +1,13 @@
 // KORVOSaferCrypt: one buffer, SAFER in CBC mode with a zero vector, zero
 // padding and a trailing encrypted length block. Everything lives on the
 // call's stack, so calls share nothing and may run on any thread.
+#include <cstdint>
 #include <cstring>
 
 #include "crypt/safer_block.h"
+#include "crypt/safer_wide.h"
 #include "korutl.h"
+#include "strings/key_digit.h"
 
 namespace {
 
@@ -31,20 +34,25 @@ ModeInfo mode_info(int32_t mode) {
 // Reads the key text as a base-95 number modulo 2^128 into 16 bytes, least
 // significant first (half 1 = bytes 0-7, half 2 = bytes 8-15). Returns the
 // number of characters read, or -1 when a character is not a key digit.
+// The number is kept in four 32-bit limbs while reading, so a character
+// costs four multiplications.
 int read_key_text(const char *text, uint8_t number[16]) {
-  std::memset(number, 0, 16);
+  uint32_t limbs[4] = {};  // least significant first
   int count = 0;
   for (;; ++count) {
-    const int32_t digit = KORVOChar2Int(text[count]);
-    if (digit == KORVO_DIGIT_INVALID) return -1;
-    if (digit >= KORVO_DIGIT_END) return count;
-    unsigned carry = static_cast<unsigned>(digit);
-    for (int b = 0; b < 16; ++b) {
-      carry += number[b] * 95u;
-      number[b] = static_cast<uint8_t>(carry & 0xFF);
-      carry >>= 8;
+    const auto code = static_cast<unsigned char>(text[count]);
+    if (code == 0) break;
+    const int digit = korutl::key_digit(code);
+    if (digit < 0) return -1;
+    uint64_t carry = static_cast<uint64_t>(digit);
+    for (uint32_t &limb : limbs) {
+      carry += uint64_t{limb} * korutl::kKeyDigitBase;
+      limb = static_cast<uint32_t>(carry);
+      carry >>= 32;
     }
   }
+  for (int b = 0; b < 16; ++b) number[b] = static_cast<uint8_t>(limbs[b / 4] >> (8 * (b % 4)));
+  return count;
 }
 
 inline void xor_block(uint8_t *dst, const uint8_t *src) {
@@ -77,21 +85,15 @@ uint32_t encrypt_buffer(const uint8_t *in, uint32_t n, const safer::Schedule sch
   return written + safer::kBlockSize;
 }
 
-// Decrypts all blocks into `plain` (n bytes) and checks the length block.
+// Decrypts the length block (the last of the n bytes) and checks it.
 // Returns false when the ciphertext is malformed; `*length` is the
 // plaintext length otherwise.
-bool decrypt_buffer(const uint8_t *in, uint32_t n, const safer::Schedule schedule, uint8_t *plain,
-                    uint32_t *length) {
+bool read_length(const uint8_t *in, uint32_t n, const safer::Schedule schedule, uint32_t *length) {
   if (n == 0 || n % safer::kBlockSize != 0) return false;
-  // Each block is decrypted in place and chained to the ciphertext block
-  // before it (the zero vector for the first).
-  std::memcpy(plain, in, n);
-  safer::decrypt_block(plain, schedule);
-  for (uint32_t pos = safer::kBlockSize; pos < n; pos += safer::kBlockSize) {
-    safer::decrypt_block(plain + pos, schedule);
-    xor_block(plain + pos, in + pos - safer::kBlockSize);
-  }
-  const uint8_t *length_block = plain + n - safer::kBlockSize;
+  uint8_t length_block[safer::kBlockSize];
+  std::memcpy(length_block, in + n - safer::kBlockSize, sizeof length_block);
+  safer::decrypt_block(length_block, schedule);
+  if (n > safer::kBlockSize) xor_block(length_block, in + n - 2 * safer::kBlockSize);
   if ((length_block[0] & 7) != 0) return false;
   // Bytes 7 down to 1 form bits 8 and up of the bit count; the count must
   // stay below 2^35, so that number is at most 0x7FFFFFF.
@@ -106,6 +108,36 @@ bool decrypt_buffer(const uint8_t *in, uint32_t n, const safer::Schedule schedul
   }
   *length = bytes;
   return true;
+}
+
+// Decrypts the first `length` plaintext bytes into `plain`, which does not
+// overlap `in`; each block is chained to the ciphertext block before it
+// (the zero vector for the first). Runs of 16 whole blocks go through
+// the wide decryption.
+void decrypt_buffer(const uint8_t *in, uint32_t length, const safer::Schedule schedule,
+                    uint8_t *plain) {
+  constexpr uint32_t kWide = safer::kWideBlocks * safer::kBlockSize;
+  uint32_t pos = 0;
+  for (; length - pos >= kWide; pos += kWide) {
+    safer::decrypt_wide(in + pos, plain + pos, schedule);
+    for (uint32_t b = pos == 0 ? safer::kBlockSize : 0; b < kWide; b += safer::kBlockSize)
+      xor_block(plain + pos + b, in + pos + b - safer::kBlockSize);
+  }
+  for (; pos < length; pos += safer::kBlockSize) {
+    uint8_t block[safer::kBlockSize];
+    std::memcpy(block, in + pos, sizeof block);
+    safer::decrypt_block(block, schedule);
+    if (pos != 0) xor_block(block, in + pos - safer::kBlockSize);
+    const uint32_t take = length - pos < 8 ? length - pos : 8;
+    std::memcpy(plain + pos, block, take);
+  }
+}
+
+// True when the `a_bytes` bytes at `a` and the `b_bytes` bytes at `b`
+// share none.
+bool apart(const void *a, size_t a_bytes, const void *b, size_t b_bytes) {
+  const auto x = reinterpret_cast<uintptr_t>(a), y = reinterpret_cast<uintptr_t>(b);
+  return x + a_bytes <= y || y + b_bytes <= x;
 }
 
 }  // namespace
@@ -131,14 +163,29 @@ KORUTL_API int32_t KORVOSaferCrypt(int32_t mode, const uint8_t *input, uint32_t 
   safer::expand_key(key_a, key_b, long_key ? 10 : info.short_key_rounds, info.strengthened,
                     schedule);
 
-  uint8_t work[kMaxOutput];
+  // Blocks are written straight to `output` unless it overlaps `input`;
+  // then they go through a work area (decryption reads each ciphertext
+  // block again after the one before has been written).
   uint32_t result_length = 0;
   if (info.decrypt) {
-    if (!decrypt_buffer(input, input_length, schedule, work, &result_length)) return 0;
+    if (!read_length(input, input_length, schedule, &result_length)) return 0;
+    if (apart(input, input_length, output, result_length)) {
+      decrypt_buffer(input, result_length, schedule, output);
+    } else {
+      uint8_t work[kMaxOutput];
+      decrypt_buffer(input, result_length, schedule, work);
+      if (result_length != 0) std::memcpy(output, work, result_length);
+    }
   } else {
-    result_length = encrypt_buffer(input, input_length, schedule, work);
+    const uint32_t sealed_length = (input_length + 7) / 8 * 8 + safer::kBlockSize;
+    if (apart(input, input_length, output, sealed_length)) {
+      result_length = encrypt_buffer(input, input_length, schedule, output);
+    } else {
+      uint8_t work[kMaxOutput];
+      result_length = encrypt_buffer(input, input_length, schedule, work);
+      std::memcpy(output, work, result_length);
+    }
   }
-  if (result_length != 0) std::memcpy(output, work, result_length);
   *output_length = result_length;
   return 1;
 }

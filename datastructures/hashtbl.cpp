@@ -1,6 +1,12 @@
 // The string-keyed hash table: open addressing, downward linear probing,
 // load kept at or below one half. The slot count is a power of two so the
 // home slot is a mask of the hash.
+//
+// The slot array is followed, in the same block, by one tag byte a slot,
+// kept privately: 0 for an empty slot, otherwise the top byte of the key's
+// hash (1 when that is 0). A probe walks the tags, which are dense, and
+// reads a slot's record and key only when the tag matches, so it rejects
+// nearly every wrong slot, and stops at an empty one, without a cache miss.
 #include <cstdlib>
 #include <cstring>
 
@@ -19,20 +25,39 @@ uint32_t hash_of(const char *key) {
 
 const char *key_of(const void *record) { return *static_cast<const char *const *>(record); }
 
-// First empty slot of the probe sequence of hash `h` in `slots`.
-void **free_slot(void **slots, uint32_t size, uint32_t h) {
+uint8_t tag_of(uint32_t h) {
+  const auto tag = static_cast<uint8_t>(h >> 24);
+  return tag == 0 ? 1 : tag;
+}
+
+uint8_t *tags_of(void **slots, uint32_t size) { return reinterpret_cast<uint8_t *>(slots + size); }
+
+// A zeroed slot array of `size` slots and their tags; null when memory
+// runs out.
+void **new_slots(uint32_t size) {
+  return static_cast<void **>(std::calloc(size, sizeof(void *) + 1));
+}
+
+// Index of the first empty slot of the probe sequence of hash `h`.
+uint32_t free_slot(const uint8_t *tags, uint32_t size, uint32_t h) {
   uint32_t i = h & (size - 1);
-  while (slots[i] != nullptr) i = (i - 1) & (size - 1);
-  return &slots[i];
+  while (tags[i] != 0) i = (i - 1) & (size - 1);
+  return i;
 }
 
 bool grow(KORVOHashTbl *table) {
   if (table->size >= kLargestSize) return false;
   const uint32_t size = table->size * 2;
-  auto **slots = static_cast<void **>(std::calloc(size, sizeof(void *)));
+  void **slots = new_slots(size);
   if (slots == nullptr) return false;
+  uint8_t *tags = tags_of(slots, size);
   for (uint32_t i = 0; i < table->size; ++i) {
-    if (void *record = table->slots[i]) *free_slot(slots, size, hash_of(key_of(record))) = record;
+    if (void *record = table->slots[i]) {
+      const uint32_t h = hash_of(key_of(record));
+      const uint32_t to = free_slot(tags, size, h);
+      slots[to] = record;
+      tags[to] = tag_of(h);
+    }
   }
   std::free(table->slots);
   table->slots = slots;
@@ -54,32 +79,35 @@ KORUTL_API void *KORVOHashTblLookup(KORVOHashTbl *table, const char *key, uint32
   const uint32_t h = hash_of(key);
   // A record too small for its key field (0 among them) is never created.
   const bool may_create = create_size >= sizeof(char *);
-  void **insert_at;
+  const uint8_t tag = tag_of(h);
+  uint32_t insert_at;
   if (table->size == 0) {
     if (!may_create) return nullptr;
-    auto **slots = static_cast<void **>(std::calloc(kFirstSize, sizeof(void *)));
+    void **slots = new_slots(kFirstSize);
     if (slots == nullptr) return nullptr;
     table->slots = slots;
     table->size = kFirstSize;
     table->limit = kFirstSize / 2;
-    insert_at = &slots[h & (kFirstSize - 1)];
+    insert_at = h & (kFirstSize - 1);
   } else {
     const uint32_t mask = table->size - 1;
+    const uint8_t *tags = tags_of(table->slots, table->size);
     uint32_t i = h & mask;
-    for (; table->slots[i] != nullptr; i = (i - 1) & mask) {
-      if (std::strcmp(key_of(table->slots[i]), key) == 0) return table->slots[i];
+    for (; tags[i] != 0; i = (i - 1) & mask) {
+      if (tags[i] == tag && std::strcmp(key_of(table->slots[i]), key) == 0) return table->slots[i];
     }
     if (!may_create) return nullptr;
-    insert_at = &table->slots[i];
+    insert_at = i;
     if (table->count == table->limit) {
       if (!grow(table)) return nullptr;
-      insert_at = free_slot(table->slots, table->size, h);
+      insert_at = free_slot(tags_of(table->slots, table->size), table->size, h);
     }
   }
   void *record = std::calloc(1, create_size);
   if (record == nullptr) return nullptr;
   *static_cast<const char **>(record) = key;
-  *insert_at = record;
+  table->slots[insert_at] = record;
+  tags_of(table->slots, table->size)[insert_at] = tag;
   ++table->count;
   return record;
 }

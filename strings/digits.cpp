@@ -1,6 +1,7 @@
 // Digit values of single characters. Each works on the byte code, so the
 // codes 128 to 255 are invalid digits whether `char` is signed or not.
 #include "korutl.h"
+#include "strings/key_digit.h"
 
 namespace {
 
@@ -26,7 +27,7 @@ KORUTL_API int32_t KORVOHex2Int(char c) {
 KORUTL_API int32_t KORVOChar2Int(char c) {
   const auto code = static_cast<unsigned char>(c);
   if (code == 0) return KORVO_DIGIT_END;
-  if (code >= 32 && code <= 126) return code - 32;
+  if (const int v = korutl::key_digit(code); v >= 0) return v;
   return KORVO_DIGIT_INVALID;
 }
 

@@ -3,11 +3,16 @@
 // reader of the source form and a writer of the target form. They are
 // deliberately lenient: nothing but a UTF-8 sequence cut by the source end
 // stops them, so callers can stream text through them in chunks.
+#include <bit>
 #include <cstring>
 
 #include "korutl.h"
+#include "unicode/utf16_block.h"
+#include "unicode/utf8_block.h"
 
 namespace {
+
+namespace unicode = korutl::unicode;
 
 constexpr uint32_t kReplacement = 0xFFFD;
 constexpr uint32_t kMaxBmp = 0xFFFF;
@@ -177,12 +182,12 @@ void copy_ascii_run(const From *&s, const From *s_end, To *&t, To *t_end) {
 // Bulk stages: long conversions run here first, with the sequence length
 // chosen by arithmetic rather than by branches, because on mixed text the
 // length changes unpredictably from one character to the next and each
-// mispredicted branch costs more than the arithmetic. The only branches
-// left per character are the bounds below, which are nearly always taken.
+// mispredicted branch costs more than the arithmetic.
 //
 // To avoid branching on the length when storing, a stage stores every
-// character in its widest form and counts only its real length, so it may
-// store a few units beyond what it counts. It stops while the source still
+// character in its widest form and every ASCII run as a whole block, and
+// counts only the real length, so it may store a few units beyond what it
+// counts. It stops while the source still
 // holds complete characters and the target still has room for them, so the
 // general frame that follows always writes over those units: nothing is
 // left changed past the final target position.
@@ -197,7 +202,6 @@ struct NoBulk {
 // units (UTF-16) or one (UCS-4) and return the count.
 struct Utf16Emit {
   using Unit = uint16_t;
-  static constexpr ptrdiff_t kStored = 2;
   static ptrdiff_t emit(Unit *t, uint32_t v) {
     const uint32_t above_bmp = v - 0x10000;
     const bool pair = above_bmp <= kMaxUtf16 - 0x10000;
@@ -210,81 +214,151 @@ struct Utf16Emit {
 
 struct Ucs4Emit {
   using Unit = uint32_t;
-  static constexpr ptrdiff_t kStored = 1;
   static ptrdiff_t emit(Unit *t, uint32_t v) {
     t[0] = v > kMaxUcs4 ? kReplacement : v;
     return 1;
   }
 };
 
-// UTF-8 to UTF-16 or UCS-4. Sixteen source bytes are kept back, so the
-// eight-byte loads stay inside the source and the character after the stage
-// is complete; ten target units are kept free, enough for an eight-unit
-// ASCII block and for that next character, which covers the unit stored
-// ahead.
+// UTF-8 to UTF-16 or UCS-4, a window of 48 source bytes at a time, with
+// positions taken from the window's class masks, which stay in registers,
+// so that finding the next character never waits for a load. Each ASCII
+// run is stored as 16 bytes widened from its first byte (a longer run
+// takes several), and each other character in its widest form.
+//
+// In a window whose sequences are all well formed (every first byte of a
+// multi-byte form followed by exactly its trailing bytes, 10xxxxxx, and no
+// other such bytes) the characters start at the bytes that are not
+// trailing ones, so the steps go straight from one first byte to the
+// next. Any other window is walked character by character as the general
+// reader would, with the lengths read from the masks.
+//
+// Kept back: 160 source bytes and 96 target units. A window reads at most
+// 64 bytes from its start, stores at most 64 units, moves the source at
+// most 53 bytes and the target at most 52 units, and leaves at most 16
+// units stored past its end; so when the stage stops at least 107 source
+// bytes (17 complete characters or more, one unit each) and 44 units of
+// room remain, and the general frame overwrites what was stored ahead.
 template <typename Emit, typename Writer>
 struct BulkFromUtf8 {
-  static void run(const uint8_t *&s, const uint8_t *end, typename Emit::Unit *&t,
-                  typename Emit::Unit *t_end) {
-    constexpr ptrdiff_t kSourceKept = 16, kTargetKept = 8 + Emit::kStored;
+  using Unit = typename Emit::Unit;
+  static constexpr int kWindow = unicode::kUtf8Window, kBlock = unicode::kUtf8Block;
+  // Well-formed windows take characters starting up to here, which end
+  // inside the window.
+  static constexpr int kWellFormedStarts = kWindow - 3;
+
+  // Stores s[from .. from + run) (all ASCII) at t[j ..); returns j + run.
+  static ptrdiff_t copy_ascii(const uint8_t *s, int from, int run, Unit *t, ptrdiff_t j) {
+    for (;;) {
+      unicode::widen_block(s + from, t + j);
+      if (run <= kBlock) return j + run;
+      from += kBlock;
+      j += kBlock;
+      run -= kBlock;
+    }
+  }
+
+  // Decodes the character of `k` trailing bytes (0 to 3) at `s` into t;
+  // returns the units it counts.
+  static ptrdiff_t decode(const uint8_t *s, int k, Unit *t) {
+    // The same sum-and-shift as the general reader, each step taken or
+    // not by the length without a branch.
+    uint32_t v = s[0];
+    v = k >= 1 ? (v << 6) + s[1] : v;
+    v = k >= 2 ? (v << 6) + s[2] : v;
+    v = k >= 3 ? (v << 6) + s[3] : v;
+    return Emit::emit(t, v - kDecodeOffset[k]);
+  }
+
+  static int trailing_at(const unicode::Utf8Classes &c, int p) {
+    return static_cast<int>(((c.k_low >> p) & 1u) | ((c.k_high >> p) & 1u) << 1);
+  }
+
+  static bool well_formed(const unicode::Utf8Classes &c) {
+    constexpr uint64_t kInWindow = (uint64_t{1} << kWindow) - 1;
+    const uint64_t expected = (c.k_low | c.k_high) << 1 | c.k_high << 2 | (c.k_low & c.k_high) << 3;
+    return c.longer == 0 && (expected & kInWindow) == c.trailing;
+  }
+
+  static void run(const uint8_t *&s, const uint8_t *end, Unit *&t, Unit *t_end) {
+    constexpr ptrdiff_t kSourceKept = 160, kTargetKept = 96;
     while (end - s >= kSourceKept && t_end - t >= kTargetKept) {
-      uint64_t word;
-      std::memcpy(&word, s, sizeof word);
-      if ((word & 0x8080808080808080ull) == 0) {
-        for (int i = 0; i < 8; ++i) t[i] = s[i];
-        s += 8;
-        t += 8;
+      const unicode::Utf8Classes c = unicode::utf8_classes(s);
+      if (c.high == 0) {
+        for (int i = 0; i < kWindow; i += kBlock) unicode::widen_block(s + i, t + i);
+        s += kWindow;
+        t += kWindow;
         continue;
       }
-      const int k = trailing_bytes(s[0]);
-      if (k > 3) {  // five- and six-byte forms: rare, and beyond UTF-16
+      // The window's end ends every ASCII run.
+      const uint64_t stop = c.high | uint64_t{1} << kWindow;
+      int p = 0;
+      ptrdiff_t j = 0;
+      bool longer = false;
+      if (well_formed(c)) {
+        constexpr uint64_t kStarts = (uint64_t{1} << kWellFormedStarts) - 1;
+        for (uint64_t firsts = c.high & ~c.trailing & kStarts; firsts != 0; firsts &= firsts - 1) {
+          const int q = std::countr_zero(firsts);
+          j = copy_ascii(s, p, q - p, t, j);
+          const int k = trailing_at(c, q);
+          j += decode(s + q, k, t + j);
+          p = q + k + 1;
+        }
+        const int run = std::countr_zero(stop >> p);
+        j = copy_ascii(s, p, run, t, j);
+        p += run;
+      } else {
+        for (;;) {
+          const int run = std::countr_zero(stop >> p);
+          j = copy_ascii(s, p, run, t, j);
+          p += run;
+          if (p >= kWindow) break;
+          if ((c.longer >> p) & 1u) {
+            longer = true;
+            break;
+          }
+          const int k = trailing_at(c, p);
+          j += decode(s + p, k, t + j);
+          p += k + 1;
+          if (p >= kWindow) break;
+        }
+      }
+      s += p;
+      t += j;
+      if (longer) {  // five- and six-byte forms: rare, and beyond UTF-16
         uint32_t v = 0;
         Utf8Reader::read(s, end, v);
         Writer::write(t, t_end, v);
-        continue;
       }
-      // The same sum-and-shift as the general reader, for all four lengths
-      // at once; the length then picks one.
-      const uint32_t b0 = s[0], b1 = s[1], b2 = s[2], b3 = s[3];
-      const uint32_t sums[4] = {b0, (b0 << 6) + b1 - kDecodeOffset[1],
-                                (b0 << 12) + (b1 << 6) + b2 - kDecodeOffset[2],
-                                (b0 << 18) + (b1 << 12) + (b2 << 6) + b3 - kDecodeOffset[3]};
-      t += Emit::emit(t, sums[k]);
-      s += k + 1;
     }
   }
 };
 
-// UTF-16 to UTF-8: each character is stored as four bytes. Eight units are
-// kept back, so the eight-unit ASCII block and the two-unit lookahead stay
-// inside the source, and at least three units follow a character stored by
-// the stage; sixteen bytes are kept free, so those units
-// fit and their output (three bytes or more) covers the bytes stored ahead.
+// UTF-16 to UTF-8: runs of 16 ASCII units are stored as bytes at once;
+// otherwise the forms of eight units are built together and stored one
+// after the other, four bytes each, advancing by the bytes that count.
+//
+// Kept back: 32 source units and 48 target bytes. A step reads at most 16
+// units, moves the source at most 16 units and the target at most 32
+// bytes, and leaves at most 4 bytes stored past its end; every unit gives
+// at least one byte, so the 16 units and 16 bytes of room left when the
+// stage stops make the general frame overwrite them.
 struct BulkUtf16ToUtf8 {
   static void run(const uint16_t *&s, const uint16_t *end, uint8_t *&t, uint8_t *t_end) {
-    constexpr ptrdiff_t kSourceKept = 8, kTargetKept = 16;
+    constexpr ptrdiff_t kSourceKept = 32, kTargetKept = 48;
     while (end - s >= kSourceKept && t_end - t >= kTargetKept) {
-      uint64_t words[2];
-      std::memcpy(words, s, sizeof words);
-      if (((words[0] | words[1]) & 0xFF80FF80FF80FF80ull) == 0) {
-        for (int i = 0; i < 8; ++i) t[i] = static_cast<uint8_t>(s[i]);
-        s += 8;
-        t += 8;
+      if (unicode::ascii_run(s)) {
+        unicode::narrow_ascii_run(s, t);
+        s += unicode::kAsciiRun;
+        t += unicode::kAsciiRun;
         continue;
       }
-      const uint32_t first = s[0], next = s[1];
-      const int pair = static_cast<int>(is_high(first)) & static_cast<int>(is_low(next));
-      const uint32_t v = pair ? join(first, next) : first;
-      s += 1 + pair;
-      const ptrdiff_t n = 1 + (v >= 0x80) + (v >= 0x800) + (v >= 0x10000);
-      const uint32_t lo = 0x80 | (v & 0x3F), mid = 0x80 | ((v >> 6) & 0x3F),
-                     hi = 0x80 | ((v >> 12) & 0x3F);
-      const uint32_t forms[4] = {v, (0xC0 | (v >> 6)) | lo << 8,
-                                 (0xE0 | (v >> 12)) | mid << 8 | lo << 16,
-                                 (0xF0 | (v >> 18)) | hi << 8 | mid << 16 | lo << 24};
-      const uint32_t bytes = forms[n - 1];
-      for (int i = 0; i < 4; ++i) t[i] = static_cast<uint8_t>(bytes >> (8 * i));
-      t += n;
+      unicode::Utf8Forms forms;
+      s += unicode::utf8_forms(s, forms);
+      for (int i = 0; i < unicode::kFormsBlock; ++i) {
+        std::memcpy(t, forms.bytes[i], 4);
+        t += forms.length[i];
+      }
     }
   }
 };
