@@ -71,6 +71,7 @@ TEST_F(Commands, AnswersStatusesAndDocuments) {
 }
 
 TEST_F(Commands, StoreFailuresSayWhyAndWhere) {
+  KORUTL_FILE_STORE_ONLY();
   std::ofstream(file(), std::ios::binary | std::ios::trunc) << std::string(8192, 'x');
   for (const std::string &line : std::vector<std::string>{
            "cfg get Orrery X", "cfg versions Orrery", "cfg latest Orrery X",
