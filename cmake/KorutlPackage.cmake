@@ -135,6 +135,8 @@ services libkoross.so.19 and the code-page conversion libkorcpx.so.1.")
 # of the three packages only libkorutl2 holds libraries with a SONAME.
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY ">=")
+# The registry service loads libpq only for a store on a PostgreSQL server.
+set(CPACK_DEBIAN_LIBS_PACKAGE_RECOMMENDS "libpq5")
 set(CPACK_DEBIAN_LIBS_PACKAGE_CONTROL_EXTRA "${KORUTL_DEB_DIR}/libs/symbols;${KORUTL_DEB_DIR}/libs/triggers")
 
 set(CPACK_DEBIAN_DEV_PACKAGE_SECTION libdevel)

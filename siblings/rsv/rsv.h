@@ -216,8 +216,8 @@ RSV_API uint16_t rsv_set_read_hook(rsv_read_hook func, const char *module, int32
 /* One store for many hosts (interface 1.15). KORVO_REGISTRY may name a
  * PostgreSQL server by a connection URI, "postgresql://..." or
  * "postgres://..." (anything libpq accepts: a Unix socket folder or TCP,
- * sslmode, a password from ~/.pgpass or PGPASSWORD); anything else names a
- * store file. The process's first call chooses between file and server for
+ * sslmode, a password from ~/.pgpass or PGPASSWORD; libpq.so.5 is loaded
+ * then, and only then); anything else names a store file. The process's first call chooses between file and server for
  * the life of the process; a later KORVO_REGISTRY of the other kind fails
  * every call with RSV_E_STORE. A server holds one tree per host: a thread
  * works on the tree of the host named with rsv_set_host, else KORVO_HOST

@@ -159,7 +159,8 @@ Status read_schema(Connection &c) {
 
 Status open_server(Connection &c, const std::string &uri) {
   std::string server, why;
-  if (!describe_server(uri, server, why)) return fail_with(Status::store_error, why);
+  if (!load_libpq(why) || !describe_server(uri, server, why))
+    return fail_with(Status::store_error, why);
   const std::string timeout = connect_timeout();
   // Later keywords win: the URI's own settings over these defaults.
   const char *keys[] = {"connect_timeout", "application_name", "dbname", nullptr};

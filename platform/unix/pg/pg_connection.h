@@ -7,7 +7,7 @@
 #ifndef KORUTL_PLATFORM_UNIX_PG_PG_CONNECTION_H
 #define KORUTL_PLATFORM_UNIX_PG_PG_CONNECTION_H
 
-#include <libpq-fe.h>
+#include "platform/unix/pg/libpq_loader.h"
 
 #include <cstdint>
 #include <initializer_list>
