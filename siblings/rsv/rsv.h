@@ -217,22 +217,22 @@ RSV_API uint16_t rsv_set_read_hook(rsv_read_hook func, const char *module, int32
  * PostgreSQL server by a connection URI, "postgresql://..." or
  * "postgres://..." (anything libpq accepts: a Unix socket folder or TCP,
  * sslmode, a password from ~/.pgpass or PGPASSWORD; libpq.so.5 is loaded
- * then, and only then); anything else names a store file. The process's first call chooses between file and server for
- * the life of the process; a later KORVO_REGISTRY of the other kind fails
- * every call with RSV_E_STORE. A server holds one tree per host: a thread
- * works on the tree of the host named with rsv_set_host, else KORVO_HOST
- * (read on every call), else the machine's host name. Host names are 1 to
- * 253 ASCII letters, digits, '-', '.' and '_', compared case-insensitively
- * and kept in lower case. The server is reached within
- * KORVO_REGISTRY_CONNECT_TIMEOUT seconds (default 5; a connect_timeout in
- * the URI wins); a server that cannot be reached, or a connection lost
- * mid-call, fails the call with RSV_E_STORE and a trace line naming the
- * server (never the password) and libpq's reason, and the next call
- * connects again. A write is acknowledged only once its commit succeeded.
- * The store's tables (schema "korvo") are made by the first write; under a
- * host's role (fleet_roles.sql) a call on another host's tree fails with
- * RSV_E_STORE, "access denied". A store file holds one host's tree: the
- * process's own, whatever KORVO_HOST says. */
+ * then, and only then); anything else names a store file. The process's
+ * first call chooses between file and server for the life of the process; a
+ * later KORVO_REGISTRY of the other kind fails every call with RSV_E_STORE.
+ * A server holds one tree per host: a thread works on the tree of the host
+ * named with rsv_set_host, else KORVO_HOST (read on every call), else the
+ * machine's host name. Host names are 1 to 253 ASCII letters, digits, '-',
+ * '.' and '_', compared case-insensitively and kept in lower case. The
+ * server is reached within KORVO_REGISTRY_CONNECT_TIMEOUT seconds (default
+ * 5; a connect_timeout in the URI wins); a server that cannot be reached,
+ * or a connection lost mid-call, fails the call with RSV_E_STORE and a
+ * trace line naming the server (never the password) and libpq's reason, and
+ * the next call connects again. A write is acknowledged only once its
+ * commit succeeded. The store's tables (schema "korvo") are made by the
+ * first write; under a host's role (fleet_roles.sql) a call on another
+ * host's tree fails with RSV_E_STORE, "access denied". A store file holds
+ * one host's tree: the process's own, whatever KORVO_HOST says. */
 
 /* Makes the calling thread work on the tree of `host` from its next call
  * on; null or "" goes back to KORVO_HOST. RSV_E_BAD_ARGUMENT for a name
