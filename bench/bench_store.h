@@ -12,6 +12,8 @@
 #include <cstdlib>
 #include <string>
 
+#include "siblings/rsv/rsv.h"
+
 namespace korutl_bench {
 
 // The store file, named by KORVO_REGISTRY from the first call on and
@@ -70,6 +72,18 @@ inline void sqlite_prepared_read(benchmark::State &state, const char *sql, const
 // One value's data by key path and value name: the floor of a point read.
 inline constexpr const char *point_read_sql =
     "SELECT v.data FROM keys k JOIN vals v ON v.key = k.id WHERE k.path = ?1 AND v.name = ?2";
+
+// Reads one REG_SZ value through the registry service on every iteration:
+// the point read measured on a store file and on a server alike.
+inline void read_value_loop(benchmark::State &state, const char *key, const char *name) {
+  char buf[256];
+  for (auto _ : state) {
+    uint16_t len = sizeof buf;
+    if (rsv_get_value(key, name, buf, &len, "bench", __LINE__) != RSV_OK)
+      state.SkipWithError("read failed");
+    benchmark::DoNotOptimize(buf);
+  }
+}
 
 }  // namespace korutl_bench
 

@@ -44,13 +44,7 @@ PGconn *connect_bare(benchmark::State &state) {
 
 void BM_PgRsvGetValue(benchmark::State &state) {
   if (!filled()) return state.SkipWithError("KORVO_REGISTRY names no server");
-  char buf[256];
-  for (auto _ : state) {
-    uint16_t len = sizeof buf;
-    if (rsv_get_value(key, "Install_Path", buf, &len, "bench", __LINE__) != RSV_OK)
-      state.SkipWithError("read failed");
-    benchmark::DoNotOptimize(buf);
-  }
+  korutl_bench::read_value_loop(state, key, "Install_Path");
 }
 BENCHMARK(BM_PgRsvGetValue);
 

@@ -25,13 +25,7 @@ void bench_store() {
 
 void BM_RsvGetValue(benchmark::State &state) {
   bench_store();
-  char buf[256];
-  for (auto _ : state) {
-    uint16_t len = sizeof buf;
-    if (rsv_get_value(key, "Install_Path", buf, &len, "bench", __LINE__) != RSV_OK)
-      state.SkipWithError("read failed");
-    benchmark::DoNotOptimize(buf);
-  }
+  korutl_bench::read_value_loop(state, key, "Install_Path");
 }
 BENCHMARK(BM_RsvGetValue);
 

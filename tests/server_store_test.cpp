@@ -125,8 +125,8 @@ TEST_F(ServerStore, HostsKeepTheirOwnTreesAndTheFleetIsQueriedAcross) {
   ASSERT_EQ(rsv_set_host(other.c_str(), AT), RSV_OK);
   EXPECT_EQ(bytes_of(base + "\\Copy", "Role"), std::string("first", 6));
 #endif
-  // A copy between hosts is an export of one and an import into the other
-  // (.reg files hold UTF-16 names: the odd ones stay behind).
+  // A tree moved between hosts by an export of one and an import into the
+  // other (odd names travel too; the rsv and fuzz tests cover those).
   ASSERT_EQ(rsv_set_host(host().c_str(), AT), RSV_OK);
   EXPECT_EQ(bytes_of(base, odd_name), data);
   ASSERT_EQ(rsv_delete_key((base + "\\" + odd_name).c_str(), AT), RSV_OK);

@@ -18,12 +18,9 @@ struct HostsArgs {
 
 void run_hosts(const HostsArgs &a) {
   std::vector<std::string> hosts;
-  const uint16_t rc = rsv_list_hosts(
-      [](const char *name, void *context) -> int32_t {
-        static_cast<std::vector<std::string> *>(context)->emplace_back(name);
-        return 0;
-      },
-      &hosts, kRegModule, __LINE__);
+  const uint16_t rc = collect_names(hosts, [](rsv_name_func take, void *context) {
+    return rsv_list_hosts(take, context, kRegModule, __LINE__);
+  });
   if (rc != RSV_OK) return fail_call(rc, "cannot list the hosts");
   if (a.json) {
     JsonWriter json;

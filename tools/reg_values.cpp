@@ -1,6 +1,7 @@
 #include "tools/reg_values.h"
 
 #include <strings.h>
+#include <functional>
 
 #include <cinttypes>
 #include <cstdio>
@@ -245,18 +246,25 @@ int32_t take_name(const char *name, void *context) {
 
 }  // namespace
 
-uint16_t list_names(const std::string &key, korutl::NameKind kind, std::vector<std::string> &names,
-                    const char *module) {
+uint16_t collect_names(std::vector<std::string> &names,
+                       const std::function<uint16_t(rsv_name_func, void *)> &list) {
   names.clear();
   NameSink sink{&names};
-  const uint16_t rc = rsv_list_names(
-      key.c_str(), kind == korutl::NameKind::value ? RSV_LIST_VALUES : RSV_LIST_SUBKEYS, take_name,
-      &sink, module, __LINE__);
+  const uint16_t rc = list(take_name, &sink);
   if (rc == RSV_OK && sink.out_of_memory) {
     names.clear();
     return RSV_E_STORE;
   }
   return rc;
+}
+
+uint16_t list_names(const std::string &key, korutl::NameKind kind, std::vector<std::string> &names,
+                    const char *module) {
+  return collect_names(names, [&](rsv_name_func take, void *context) {
+    return rsv_list_names(key.c_str(),
+                          kind == korutl::NameKind::value ? RSV_LIST_VALUES : RSV_LIST_SUBKEYS,
+                          take, context, module, __LINE__);
+  });
 }
 
 std::vector<std::string> reg_value_names(const std::string &key) {

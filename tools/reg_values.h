@@ -7,11 +7,13 @@
 #define KORUTL_TOOLS_REG_VALUES_H
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "siblings/rsv/rsv.h"
 #include "tools/output.h"
 #include "utl/rsv_names.h"
 
@@ -84,6 +86,12 @@ uint16_t reg_read_value(const std::string &key, const std::string &name, RegValu
 // Whether the value exists: RSV_OK, RSV_E_NO_VALUE, RSV_E_NO_KEY or a
 // failure of the service.
 uint16_t reg_probe_value(const std::string &key, const std::string &name);
+
+// The names a registry-service listing hands out, whole or not at all:
+// `list` calls the service with the function and context it is given.
+// The service's status; RSV_E_STORE, with no names, when memory ran out.
+uint16_t collect_names(std::vector<std::string> &names,
+                       const std::function<uint16_t(rsv_name_func, void *)> &list);
 
 // The names of a key's values (in the order they were set) or subkeys (in
 // name order) into `names`, whole whatever their length or number, with
